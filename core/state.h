@@ -1,0 +1,28 @@
+// Application-wide state. All of it belongs to the interface thread, unless a member says otherwise.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/settings.h"
+
+extern std::string gStartPath;   // absolute path of the directory first shown
+extern const char* gConfigPath;  // the settings directory; null: nothing is ever saved
+extern Settings* gConfig;        // never null after state_init
+extern uint32_t gOptions;        // OPT_ bits
+extern int base_window_closed;   // 1 once the main window was closed or hidden
+
+enum : uint32_t {
+  OPT_MENU_SCAN = 0x0001,  // a directory menu just filled is scanned in the background
+  OPT_DOT_FILES = 0x0004,  // set with OPT_DOT_TREE whenever "Hide 'dot' Files" is off
+  OPT_PATH_COMPLETION = 0x0010,
+  OPT_PATH_COLOUR = 0x0020,
+  OPT_DOT_TREE = 0x0100,
+  OPT_TREE_PROBE = 0x0400,
+  OPT_TREE_DOT = 0x0800,
+  OPT_TREE_SORTED = 0x1000,
+  OPT_SHOW_PARENT = 0x2000,
+  OPT_DOT_PAIR = OPT_DOT_FILES | OPT_DOT_TREE,
+};
+// 0x3135: dot files until the settings say otherwise, completion, colouring, sorted tree, "..", menu scan.
+constexpr uint32_t OPT_INITIAL = 0x3135;

@@ -1,0 +1,37 @@
+// Message boxes, alerts, blocking, focus and centring.
+#pragma once
+
+#include <QString>
+#include <functional>
+
+class QWidget;
+
+// printf-formatted message (cut at 255 bytes, at a whole character) over parent with the one button
+// "&Continue". Waits. Returns 1.
+int wreport(QWidget* parent, const char* title, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+// The same with "&Yes" (default, 1) and "&No" (2).
+int wask(QWidget* parent, const char* title, const char* format, ...) __attribute__((format(printf, 3, 4)));
+
+// Any button list (core/button_list.h) over parent (null: centred on the screen). Waits; the button's number
+// from 1.
+int walert(QWidget* parent, const QString& title, const QString& message, const char* buttons);
+
+// The same without waiting: answered is called once with the button's number. Returns the window.
+QWidget* walert_open(QWidget* parent, const QString& title, const QString& message, const char* buttons,
+                     std::function<void(int)> answered);
+
+// Formats into a window's title or a label's or field's text. Characters formatted, or -1 for a null widget.
+int wprintf(QWidget* widget, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+// Blocks all input to the widget behind a busy cursor (1), or undoes it. Calls nest. Null is ignored.
+void wblock(QWidget* widget, int on);
+// The same with another busy shape; a widget that is not a window is dimmed too.
+void misc_block(QWidget* widget, int on);
+
+void wfocus(QWidget* widget);
+void misc_give_focus(QWidget* widget);
+
+// Places child centred over parent, on the visible desktop.
+void wcenter(QWidget* parent, QWidget* child);

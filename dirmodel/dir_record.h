@@ -1,0 +1,42 @@
+// The one directory that the main window shows, and its entries.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <string>
+
+enum : uint8_t {
+  ENTRY_CURRENT = 1,  // the list's cursor
+  ENTRY_SELECTED = 2,
+  ENTRY_INFO = 4,     // info holds a text for the link column
+  ENTRY_UNREAD = 16,  // the status could not be fully read
+};
+
+struct DirEntry {
+  struct stat64 st;  // of a link: its target's, once that could be read; unreadable: 0, owner and group -1
+  char name[256];    // raw bytes as the directory returned them
+  uint8_t flags;
+  void* item;  // for the view's own use
+  char* info;  // owned: link target (a 1024-byte block) or an error text
+};
+
+struct DirRecord {
+  DirEntry** entries = nullptr;  // count live ones, then spare recycled ones
+  std::string path;              // absolute; empty: unset
+  std::string filespec;          // filter for names of non-directories
+  uint64_t total_size = 0;
+  int32_t count = 0;
+  int32_t dir_count = 0;  // entries whose st says directory
+  int32_t sel_count = 0;  // entries with ENTRY_SELECTED
+  int32_t sel_dir_count = 0;
+  int32_t capacity = 0;
+  int32_t current = -1;  // index of the current entry; -1 none (or the ".." row)
+  int32_t spare = 0;
+};
+
+extern DirRecord gDir;
+
+inline bool dir_entry_is_directory(const DirEntry& entry) {
+  return S_ISDIR(entry.st.st_mode);
+}

@@ -1,0 +1,18 @@
+// Looking at the file system without hanging with it.
+#pragma once
+
+#include <functional>
+#include <string>
+
+// Runs work on a thread of its own and waits at most timeout_ms; on the interface thread events run
+// meanwhile. True when work has ended. False: the thread got the alarm signal, did not end, and is left
+// behind; work must therefore own all it touches (shared_ptr), and hold no lock.
+bool fs_bounded(std::function<void()> work, int timeout_ms = 10000);
+
+// -1 when the status cannot be read (or not in time), 0 not a directory, else its link count (2 where the
+// file system reports 0). Bounded.
+int fs_path_is_directory(const char* path);
+
+// Whether parent/name (display form) has a subdirectory: > 0 yes, 0 none, -1 cannot be opened, -2 cannot be
+// encoded. Bit value 2 of flags: dot-names count. Bounded.
+int fs_path_has_subdirectories(const char* parent, const char* name, int flags);

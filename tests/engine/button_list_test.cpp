@@ -1,0 +1,28 @@
+#include "core/button_list.h"
+
+#include <gtest/gtest.h>
+
+TEST(ButtonList, MarksDefaultAndEscape) {
+  struct Row {
+    const char* text;
+    size_t count;
+    int default_button, escape_button;
+    const char* first;
+  };
+  const Row rows[] = {
+      {"&Skip|&Overwrite|Overwrite &All|a&Bort", 4, 1, 4, "&Skip"},
+      {"@&Skip|&Delete|de&Lete all|#&Abort", 4, 1, 4, "&Skip"},
+      {"&Files|@&Links|#&Abort", 3, 2, 3, "&Files"},
+      {"#&No,@&Yes", 2, 2, 1, "&No"},
+      {"|&One||&Two|", 2, 1, 2, "&One"},
+      {"", 1, 1, 1, "&Close"},
+      {"@|#|,", 1, 1, 1, "&Close"},
+  };
+  for (const Row& row : rows) {
+    const ButtonList list = button_list_parse(row.text);
+    EXPECT_EQ(list.labels.size(), row.count) << row.text;
+    EXPECT_EQ(list.default_button, row.default_button) << row.text;
+    EXPECT_EQ(list.escape_button, row.escape_button) << row.text;
+    EXPECT_EQ(list.labels.front(), row.first) << row.text;
+  }
+}

@@ -1,0 +1,7 @@
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+TEST(Start, RunsOnTheOffscreenPlatform) {
+  EXPECT_EQ(QApplication::platformName(), QStringLiteral("offscreen"));
+}

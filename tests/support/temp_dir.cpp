@@ -1,0 +1,54 @@
+#include "tests/support/temp_dir.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+TempDir::TempDir() {
+  std::string name = std::filesystem::temp_directory_path().string() + "/zan-test-XXXXXX";
+  if (!mkdtemp(name.data())) std::abort();
+  path_ = std::filesystem::canonical(name).string();
+}
+
+TempDir::~TempDir() {
+  (void)!chdir("/");
+  run_shell("chmod -R u+rwX '" + path_ + "' 2>/dev/null; rm -rf '" + path_ + "'");
+}
+
+void write_file(const std::string& path, const std::string& text, unsigned mode) {
+  std::ofstream(path, std::ios::binary) << text;
+  ASSERT_EQ(chmod(path.c_str(), mode), 0) << path;
+}
+
+std::string read_file(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+bool path_exists(const std::string& path) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0;
+}
+
+int run_shell(const std::string& command, std::string* output) {
+  // Code under test ignores SIGCHLD, and a child that is not kept cannot be waited for.
+  const auto before = std::signal(SIGCHLD, SIG_DFL);
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) return -1;
+  std::string text;
+  char block[4096];
+  for (size_t got; (got = fread(block, 1, sizeof block, pipe)) > 0;) text.append(block, got);
+  const int status = pclose(pipe);
+  std::signal(SIGCHLD, before);
+  if (output) *output = text;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}

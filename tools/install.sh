@@ -1,0 +1,38 @@
+# Sourced by run, test and .ci/run: installs what is missing by apt, and touches no network when nothing is.
+
+packages_for() {
+  case "$1" in
+    build) echo cmake ninja-build g++ qt6-base-dev libqt6svg6-dev libgl-dev ;;
+    test) echo libgtest-dev python3 strace attr file procps psmisc util-linux e2fsprogs fuse3 libfuse3-dev pkg-config ;;
+    display) echo xvfb openbox xdotool x11-utils xclip wmctrl imagemagick fonts-dejavu-core xterm dbus ;;
+    bench) echo libbenchmark-dev ;;
+    check) echo clang clang-format clang-tidy libclang-rt-14-dev cppcheck ccache lld ;;
+  esac
+}
+
+# need GROUP: installs the group's missing packages. Works as root or with sudo.
+need() {
+  missing=""
+  for package in $(packages_for "$1"); do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q '^install ok installed' || missing="$missing $package"
+  done
+  [ -n "$missing" ] || return 0
+  echo "Installing:$missing" >&2
+  sudo=""
+  [ "$(id -u)" = 0 ] || sudo=sudo
+  $sudo apt-get update -q >&2
+  # shellcheck disable=SC2086
+  $sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends $missing >&2
+}
+
+# cmake_build ROOT PRESET [TARGET...]: configures once and builds.
+cmake_build() {
+  build_root=$1 build_preset=$2
+  shift 2
+  [ -f "$build_root/build/$build_preset/build.ninja" ] || (cd "$build_root" && cmake --preset "$build_preset") >&2
+  if [ $# -gt 0 ]; then
+    (cd "$build_root" && cmake --build --preset "$build_preset" --target "$@") >&2
+  else
+    (cd "$build_root" && cmake --build --preset "$build_preset") >&2
+  fi
+}
