@@ -1,0 +1,5 @@
+// The Help menu.
+#pragma once
+
+void help_quickref();
+void help_about();
