@@ -1,4 +1,11 @@
+# What an installed zan consists of.
 install(TARGETS zan zan-op RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(PROGRAMS packaging/zan-launch DESTINATION ${CMAKE_INSTALL_BINDIR})
 if(ZAN_COMPANIONS)
   install(TARGETS ${ZAN_COMPANIONS} RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/zan)
 endif()
+install(FILES packaging/zan.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+configure_file(packaging/zan.metainfo.xml.in zan.metainfo.xml @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zan.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+install(FILES docs/man/zan.1 docs/man/zan-op.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES packaging/zan-tmpfiles.conf DESTINATION ${CMAKE_INSTALL_DATADIR}/user-tmpfiles.d RENAME zan.conf)
