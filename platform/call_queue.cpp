@@ -28,9 +28,11 @@ bool CallQueue::call(std::function<void()> fn) {
   return ticket->done;
 }
 
-int CallQueue::drain() {
+int CallQueue::drain(int most_ms) {
   int run = 0;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(most_ms);
   for (;;) {
+    if (run > 0 && most_ms >= 0 && std::chrono::steady_clock::now() >= end) return run;
     std::shared_ptr<Ticket> ticket;
     {
       std::lock_guard lock(mutex_);
@@ -45,6 +47,11 @@ int CallQueue::drain() {
     ticket->done = true;
     changed_.notify_all();
   }
+}
+
+bool CallQueue::waiting() {
+  std::lock_guard lock(mutex_);
+  return !waiting_.empty();
 }
 
 bool CallQueue::wait(int milliseconds) {

@@ -16,8 +16,12 @@ class CallQueue {
   bool post(std::function<void()> fn);
   // Adds fn and waits until it has run. False when the queue was closed before that.
   bool call(std::function<void()> fn);
-  // Runs what waits, in order. Interface thread. Returns the number of calls run.
-  int drain();
+  // Runs what waits, in order. Interface thread. With most_ms, starts no further call once so much time has
+  // passed, so that a flood of calls leaves room for other events; the rest waits for the next drain.
+  // Returns the number of calls run.
+  int drain(int most_ms = -1);
+  // True while something waits.
+  bool waiting();
   // Sleeps until something waits or the time is over. True when something waits.
   bool wait(int milliseconds);
   // Refuses everything from now on and lets every waiting caller go without its call having run.

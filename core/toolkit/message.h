@@ -1,6 +1,9 @@
 // Message boxes, alerts, blocking, focus and centring.
 #pragma once
 
+#include <QPoint>
+#include <QRect>
+#include <QSize>
 #include <QString>
 #include <functional>
 
@@ -24,14 +27,22 @@ QWidget* walert_open(QWidget* parent, const QString& title, const QString& messa
 
 // Formats into a window's title or a label's or field's text. Characters formatted, or -1 for a null widget.
 int wprintf(QWidget* widget, const char* format, ...) __attribute__((format(printf, 2, 3)));
+// The same with a finished text of any length. Null is ignored.
+void wset_text(QWidget* widget, const QString& text);
 
-// Blocks all input to the widget behind a busy cursor (1), or undoes it. Calls nest. Null is ignored.
+// Blocks all input to the widget behind a busy cursor (1), or undoes it. Calls nest. Null is ignored. A
+// window that is told to close while blocked closes when it is released.
 void wblock(QWidget* widget, int on);
 // The same with another busy shape; a widget that is not a window is dimmed too.
 void misc_block(QWidget* widget, int on);
 
+// Brings the window that contains widget to the front and gives widget the focus.
 void wfocus(QWidget* widget);
+// The same, always through the main window.
 void misc_give_focus(QWidget* widget);
 
-// Places child centred over parent, on the visible desktop.
+// Places child centred over parent, on the visible desktop. A null parent: centred on the screen.
 void wcenter(QWidget* parent, QWidget* child);
+// Where a child of that size goes: centred over the parent's rectangle, ending 25 pixels before a far edge of
+// the visible desktop that it would cross, beginning 10 behind a near one.
+QPoint wcenter_position(const QRect& parent, const QSize& child, const QRect& visible);

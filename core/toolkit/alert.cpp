@@ -1,0 +1,181 @@
+#include "core/toolkit/alert.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QPushButton>
+#include <QScreen>
+#include <QStyle>
+#include <QTimer>
+#include <QWindow>
+#include <algorithm>
+
+#include "core/toolkit/message.h"
+#include "ui_alert.h"
+
+namespace {
+constexpr int sTypingMs = 400;
+constexpr int sCascade = 28;  // pixels between two alerts that would cover each other
+constexpr int sFoldAt = 24;   // characters of a word after which it may be broken
+
+QList<AlertWindow*> sAlertWindows;
+
+// When the user last typed into something that is not an alert. An alert that opens under the typing hands
+// must not take a letter or Enter that was meant for the window it covers.
+class TypingWatch : public QObject {
+ public:
+  static TypingWatch& instance() {
+    static auto* watch = new TypingWatch;
+    return *watch;
+  }
+  bool typing() const { return last_key_.isValid() && last_key_.elapsed() < sTypingMs; }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() == QEvent::KeyPress && object->isWidgetType() &&
+        dynamic_cast<AlertWindow*>(static_cast<QWidget*>(object)->window()) == nullptr)
+      last_key_.start();
+    return false;
+  }
+
+ private:
+  TypingWatch() { qApp->installEventFilter(this); }
+  QElapsedTimer last_key_;
+};
+
+// Lets a long path break between its parts, and a long name anywhere, with spaces of no width.
+QString foldable(const QString& text) {
+  QString folded;
+  int run = 0;
+  for (int i = 0; i < text.size(); ++i) {
+    const QChar c = text[i];
+    folded += c;
+    run = c.isSpace() ? 0 : run + 1;
+    const bool pair = c.isHighSurrogate() || (i + 1 < text.size() && text[i + 1].isMark());
+    if (!pair && (c == QLatin1Char('/') || run >= sFoldAt)) folded += QChar(0x200b), run = 0;
+  }
+  return folded;
+}
+
+QChar mnemonic_of(const QString& label) {
+  for (int i = 0; i + 1 < label.size(); ++i) {
+    if (label[i] != QLatin1Char('&')) continue;
+    if (label[i + 1] != QLatin1Char('&')) return label[i + 1].toLower();
+    ++i;
+  }
+  return {};
+}
+
+QString without_mnemonic(QString label) {
+  for (int i = 0; i < label.size(); ++i)
+    if (label[i] == QLatin1Char('&')) label.remove(i, 1);
+  return label;
+}
+}  // namespace
+
+AlertWindow::AlertWindow(const QString& title, const QString& message, const ButtonList& buttons,
+                         std::function<void(int)> answered)
+    : ui_(new Ui::alert), list_(buttons), answered_(std::move(answered)) {
+  TypingWatch::instance();
+  ui_->setupUi(this);
+  setWindowTitle(title);
+  setAccessibleName(title);
+  setAccessibleDescription(message);
+  const int icon = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
+  const bool question = list_.labels.size() > 1;
+  ui_->alert_icon->setPixmap(
+      style()
+          ->standardIcon(question ? QStyle::SP_MessageBoxQuestion : QStyle::SP_MessageBoxInformation)
+          .pixmap(icon, icon));
+  add_buttons();
+  fit_message(message);
+}
+
+AlertWindow::~AlertWindow() {
+  answer(list_.escape_button);
+}
+
+void AlertWindow::fit_message(const QString& message) {
+  QLabel* label = ui_->alert_message;
+  label->setText(foldable(message));
+  label->setAccessibleName(message);
+  const QRect desktop = QApplication::primaryScreen()->availableGeometry();
+  const QFontMetrics metrics = label->fontMetrics();
+  const int widest = std::min(desktop.width() * 2 / 3, metrics.averageCharWidth() * 72);
+  int text_width = 0;
+  for (const QString& line : message.split(QLatin1Char('\n')))
+    text_width = std::max(text_width, metrics.horizontalAdvance(line) + 4);
+  const int width = std::clamp(text_width, metrics.averageCharWidth() * 36, widest);
+  const int height = std::max(label->heightForWidth(width), metrics.lineSpacing() * 2);
+  const int shown = std::min(height, desktop.height() / 2);
+  if (shown < height) ui_->alert_scroll->setFocusPolicy(Qt::StrongFocus);
+  ui_->alert_scroll->setMinimumSize(width + (shown < height ? 24 : 0), shown);
+}
+
+void AlertWindow::add_buttons() {
+  ui_->alert_buttons->addStretch();
+  for (size_t i = 0; i < list_.labels.size(); ++i) {
+    const int number = static_cast<int>(i) + 1;
+    const QString label = QString::fromStdString(list_.labels[i]);
+    auto* button = new QPushButton(label, this);
+    button->setObjectName(QStringLiteral("alert_button_%1").arg(number));
+    button->setAccessibleName(without_mnemonic(label));
+    button->setDefault(number == list_.default_button);
+    connect(button, &QPushButton::clicked, this, [this, number] { answer(number); });
+    ui_->alert_buttons->addWidget(button);
+    buttons_.push_back(button);
+  }
+  buttons_[list_.default_button - 1]->setFocus();
+}
+
+void AlertWindow::open_over(QWidget* owner, Qt::WindowModality modality) {
+  setWindowModality(modality);
+  setAttribute(Qt::WA_NativeWindow);
+  if (QWidget* above = modality == Qt::NonModal ? QApplication::activeModalWidget() : nullptr)
+    windowHandle()->setTransientParent(
+        above->window()->windowHandle());  // else it would be blocked by that one
+  else if (owner != nullptr && owner->window()->windowHandle() != nullptr)
+    windowHandle()->setTransientParent(owner->window()->windowHandle());
+  adjustSize();
+  wcenter(owner, this);
+  const auto covered = [this](const AlertWindow* other) { return other->pos() == pos(); };
+  const QRect desktop = screen()->availableGeometry();
+  while (std::any_of(sAlertWindows.begin(), sAlertWindows.end(), covered)) {
+    move(x() + sCascade, y() + sCascade);
+    if (desktop.contains(QRect(pos(), size()))) continue;
+    move(desktop.topLeft() + QPoint(sCascade * static_cast<int>(sAlertWindows.size() % 7), 0));
+    break;
+  }
+  sAlertWindows.append(this);
+  show();
+  activateWindow();
+}
+
+void AlertWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->isAutoRepeat() || TypingWatch::instance().typing()) return;
+  if (!(event->modifiers() & ~Qt::ShiftModifier) && event->text().size() == 1) {
+    const QChar letter = event->text()[0].toLower();
+    for (size_t i = 0; i < list_.labels.size(); ++i)
+      if (letter.isLetterOrNumber() && mnemonic_of(QString::fromStdString(list_.labels[i])) == letter) {
+        buttons_[i]->animateClick();
+        return;
+      }
+  }
+  QDialog::keyPressEvent(event);
+}
+
+void AlertWindow::done(int result) {
+  QDialog::done(result);
+  answer(list_.escape_button);
+}
+
+void AlertWindow::answer(int number) {
+  if (!answered_) return;
+  const auto answered = std::move(answered_);
+  answered_ = nullptr;
+  sAlertWindows.removeAll(this);
+  hide();
+  deleteLater();
+  answered(number);
+}
