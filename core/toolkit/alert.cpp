@@ -74,10 +74,14 @@ QString without_mnemonic(QString label) {
 }
 }  // namespace
 
+void alert_watch_typing() {
+  TypingWatch::instance();
+}
+
 AlertWindow::AlertWindow(const QString& title, const QString& message, const ButtonList& buttons,
                          std::function<void(int)> answered)
     : ui_(new Ui::alert), list_(buttons), answered_(std::move(answered)) {
-  TypingWatch::instance();
+  alert_watch_typing();
   ui_->setupUi(this);
   setWindowTitle(title);
   setAccessibleName(title);
@@ -158,7 +162,7 @@ void AlertWindow::keyPressEvent(QKeyEvent* event) {
     const QChar letter = event->text()[0].toLower();
     for (size_t i = 0; i < list_.labels.size(); ++i)
       if (letter.isLetterOrNumber() && mnemonic_of(QString::fromStdString(list_.labels[i])) == letter) {
-        buttons_[i]->animateClick();
+        buttons_[i]->click();
         return;
       }
   }

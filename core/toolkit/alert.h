@@ -13,6 +13,9 @@ namespace Ui {
 class alert;
 }
 
+// From now on, alerts know whether the user is just typing into another window. Once, at the start.
+void alert_watch_typing();
+
 // Answers once, whatever ends it: a button, its letter (with or without Alt), Enter, Escape, closing, or its
 // destruction (the escape button). It deletes itself after the answer.
 class AlertWindow : public QDialog {

@@ -23,6 +23,7 @@
 #include <set>
 
 #include "core/button_list.h"
+#include "core/toolkit/alert.h"
 #include "core/toolkit/message.h"
 #include "platform/call_queue.h"
 #include "platform/desktop.h"
@@ -105,6 +106,7 @@ void desktop_qt_setup() {
   auto* notifier = new QSocketNotifier(desk.wake_fd, QSocketNotifier::Read, qApp);
   QObject::connect(notifier, &QSocketNotifier::activated, qApp, [] { drain_slice(); });
   if (desk.calls.waiting()) desk.wake();
+  alert_watch_typing();
 }
 
 int desktop_qt_ask(int escape, DesktopQuestion open) {
