@@ -8,7 +8,7 @@
 
 extern std::string gStartPath;   // absolute path of the directory first shown
 extern const char* gConfigPath;  // the settings directory; null: nothing is ever saved
-extern Settings* gConfig;        // never null after state_init
+extern Settings* gConfig;        // never null; the default record before state_init
 extern uint32_t gOptions;        // OPT_ bits
 extern int base_window_closed;   // 1 once the main window was closed or hidden
 
@@ -26,3 +26,14 @@ enum : uint32_t {
 };
 // 0x3135: dot files until the settings say otherwise, completion, colouring, sorted tree, "..", menu scan.
 constexpr uint32_t OPT_INITIAL = 0x3135;
+
+// Everything of start-up that needs no window: the start directory, the settings directory (with its message
+// on standard error), the settings record and its character set, the input histories.
+void state_init(int argc, char** argv);
+
+// The directory to show first: the first argument that does not begin with '-' (made absolute) when it names
+// a directory, else the current one, else "/".
+std::string state_start_directory(int argc, char** argv);
+
+// Finds or creates ".vr/zan" under HOME. Empty, with a message on standard error, when it cannot be used.
+std::string state_settings_directory();

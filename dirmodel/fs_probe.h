@@ -16,3 +16,7 @@ int fs_path_is_directory(const char* path);
 // Whether parent/name (display form) has a subdirectory: > 0 yes, 0 none, -1 cannot be opened, -2 cannot be
 // encoded. Bit value 2 of flags: dot-names count. Bounded.
 int fs_path_has_subdirectories(const char* parent, const char* name, int flags);
+
+// To be called first by a thread that makes file system calls which may hang: the alarm signal interrupts
+// them (its handler does nothing), every other signal is left to the interface thread.
+void fs_worker_signals();

@@ -1,0 +1,75 @@
+#include "core/state.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "core/history.h"
+#include "dirmodel/fs_probe.h"
+#include "dirmodel/text.h"
+#include "views/fname.h"
+
+namespace {
+Settings* default_record() {
+  static Settings record;
+  settings_defaults(&record);
+  record.flags |= SET_HIDE_DOT;
+  return &record;
+}
+
+std::string current_directory() {
+  char cwd[1024];
+  return getcwd(cwd, sizeof cwd) ? cwd : "";
+}
+
+// Whether the path that is there can serve as the settings directory.
+bool usable_directory(const std::string& path) {
+  struct stat status;
+  return access(path.c_str(), W_OK) == 0 && stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+}  // namespace
+
+std::string gStartPath = "/";
+const char* gConfigPath = nullptr;
+Settings* gConfig = default_record();
+uint32_t gOptions = OPT_INITIAL;
+int base_window_closed = 0;
+
+std::string state_start_directory(int argc, char** argv) {
+  int first = 1;
+  while (first < argc && argv[first][0] == '-') ++first;
+  const std::string cwd = current_directory();
+  if (first < argc) {
+    const char* argument = argv[first];
+    const std::string path =
+        argument[0] == '/' ? argument : es_construct_fullpath(cwd.empty() ? nullptr : cwd.c_str(), argument);
+    if (!path.empty() && fs_path_is_directory(path.c_str()) > 0) return path;
+  }
+  return cwd.empty() ? "/" : cwd;
+}
+
+std::string state_settings_directory() {
+  const char* home = getenv("HOME");
+  const std::string path = es_construct_fullpath(home ? home : "/", ".vr/zan");
+  if (access(path.c_str(), F_OK) == 0) {
+    if (usable_directory(path)) return path;
+    std::fprintf(stderr, "ZAN error: unable to access config directory %s\n", path.c_str());
+    return {};
+  }
+  if (mkdir(path.c_str(), 0700) == 0) return path;
+  std::fprintf(stderr, "ZAN error: unable to create config directory %s\n", path.c_str());
+  return {};
+}
+
+void state_init(int argc, char** argv) {
+  gStartPath = state_start_directory(argc, argv);
+  static std::string config_path;
+  config_path = state_settings_directory();
+  gConfigPath = config_path.empty() ? nullptr : config_path.c_str();
+  if (settings_load(gConfig, gConfigPath, "config.003") && (gConfig->flags & SET_ENC_MASK) &&
+      gConfig->encoding[0])
+    fname_set_translation(gConfig->encoding);
+  init_read_cboxs(gConfigPath);
+}

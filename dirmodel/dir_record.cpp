@@ -1,0 +1,3 @@
+#include "dirmodel/dir_record.h"
+
+DirRecord gDir;

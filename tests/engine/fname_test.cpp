@@ -1,0 +1,124 @@
+#include "views/fname.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <thread>
+
+#include "core/state.h"
+
+namespace {
+// Sets mode and character set for one test, and back.
+struct Encoding {
+  explicit Encoding(uint32_t mode, const char* charset = "") {
+    set(mode);
+    fname_set_translation(charset);
+  }
+  ~Encoding() {
+    set(0);
+    fname_set_translation("");
+  }
+  static void set(uint32_t mode) { gConfig->flags = (gConfig->flags & ~SET_ENC_MASK) | mode; }
+};
+}  // namespace
+
+TEST(Fname, DecodesByMode) {
+  struct Row {
+    uint32_t mode;
+    const char *charset, *name, *shown;  // shown null: the very argument
+    int count;
+  };
+  const Row rows[] = {
+      {0, "", "caf\xc3\xa9", nullptr, 0},
+      {0, "",
+       "a\xff"
+       "b",
+       "?a?b", 1},
+      {0, "", "\xff\xfe", "???", 2},
+      {0, "", "\xc3", "??", 1},
+      {0, "", "\xc0\xaf", "???", 2},            // overlong
+      {0, "", "\xed\xa0\x80", "????", 3},       // half of a surrogate pair
+      {0, "", "\xf4\x90\x80\x80", "?????", 4},  // beyond the last character
+      {0, "", "\xf0\x9f\x98\x80", nullptr, 0},
+      {SET_ENC_UTF8_ALTERNATE, "ISO-8859-1", "caf\xc3\xa9", nullptr, 0},
+      {SET_ENC_UTF8_ALTERNATE, "ISO-8859-1", "caf\xe9", "caf\xc3\xa9", 0},
+      {SET_ENC_ALTERNATE, "ISO-8859-1", "caf\xc3\xa9", "caf\xc3\x83\xc2\xa9", 0},
+      {SET_ENC_ALTERNATE, "", "caf\xe9", nullptr, 0},
+      {SET_ENC_ALTERNATE, "no-such-set", "caf\xe9", nullptr, 0},
+      {SET_ENC_ALTERNATE, "SHIFT_JIS", "a\xff/b", "?a??b", 2},
+      {SET_ENC_UTF8_ALTERNATE, "EUC-JP", "\xa4\xa2\xff", "?\xe3\x81\x82?", 1},
+  };
+  for (const Row& row : rows) {
+    Encoding encoding(row.mode, row.charset);
+    int count = -1;
+    const char* shown = fname_decode(row.name, &count);
+    if (row.shown)
+      EXPECT_STREQ(shown, row.shown) << row.mode << " " << row.charset;
+    else
+      EXPECT_EQ(shown, row.name) << row.mode << " " << row.charset;
+    EXPECT_EQ(count, row.count) << row.mode << " " << row.charset << " " << row.name;
+  }
+}
+
+TEST(Fname, EncodesOnlyWhereItIsAskedTo) {
+  struct Row {
+    uint32_t mode;
+    const char *charset, *text, *disk;  // disk equal to text: the very argument; null: refused
+  };
+  const char* cafe = "caf\xc3\xa9";
+  const Row rows[] = {
+      {0, "ISO-8859-1", cafe, cafe},
+      {SET_ENC_UTF8_ALTERNATE, "ISO-8859-1", cafe, cafe},
+      {SET_ENC_ALTERNATE, "", cafe, cafe},
+      {SET_ENC_ALTERNATE, "ISO-8859-1", cafe, "caf\xe9"},
+      {SET_ENC_ALTERNATE, "ISO-8859-1", "\xe3\x81\x82", nullptr},
+      {SET_ENC_ALTERNATE, "ISO-8859-1", "\xff", nullptr},
+      {SET_ENC_ALTERNATE, "UTF-16LE", "ab", nullptr},
+  };
+  for (const Row& row : rows) {
+    Encoding encoding(row.mode, row.charset);
+    EXPECT_STREQ(fname_encode(row.text), row.disk) << row.mode << row.charset;
+    if (row.disk == row.text) {
+      EXPECT_EQ(fname_encode(row.text), row.text);
+    }
+  }
+}
+
+TEST(Fname, LongTextsAreCutAtWholeCharactersAndNeverHalfEncoded) {
+  std::string text(1, '\xff');
+  for (int i = 0; i < 2000; ++i) text += "\xc3\xa9";
+  const std::string shown = fname_decode(text.c_str());
+  EXPECT_EQ(shown.size(), 1022u);  // the mark, one replaced byte, 510 whole characters
+  EXPECT_EQ(shown.substr(0, 4), "??\xc3\xa9");
+  EXPECT_EQ(shown.substr(1020), "\xc3\xa9");
+  Encoding encoding(SET_ENC_ALTERNATE, "ISO-8859-1");
+  EXPECT_EQ(strlen(fname_encode(text.substr(1, 2046).c_str())), 1023u);
+  EXPECT_EQ(fname_encode(text.substr(1, 2048).c_str()), nullptr);
+  const std::string decoded = fname_decode(std::string(3000, '\xe9').c_str());
+  EXPECT_EQ(decoded.size(), 1022u);
+}
+
+TEST(Fname, EveryByteComesBackFromDecodeAndEncode) {
+  Encoding encoding(SET_ENC_ALTERNATE, "ISO-8859-1");
+  for (int byte = 1; byte < 256; ++byte) {
+    const std::string name = {'a', static_cast<char>(byte)};
+    const std::string shown = fname_decode(name.c_str());
+    const char* back = fname_encode(shown.c_str());
+    ASSERT_TRUE(back) << byte;
+    EXPECT_EQ(back, name) << byte;
+  }
+}
+
+TEST(Fname, ThreadsDoNotDisturbEachOther) {
+  Encoding encoding(SET_ENC_ALTERNATE, "ISO-8859-1");
+  const auto work = [](char letter) {
+    const std::string name(100, letter);
+    for (int i = 0; i < 5000; ++i) ASSERT_EQ(name, fname_encode(fname_decode(name.c_str())));
+  };
+  std::thread one(work, '\xe9'), two(work, 'x');
+  for (int i = 0; i < 50; ++i) fname_set_translation(i % 2 ? "ISO-8859-15" : "ISO-8859-1");
+  one.join(), two.join();
+  EXPECT_TRUE(fname_charset_opens("ISO-8859-15"));
+  EXPECT_FALSE(fname_charset_opens("no-such-set"));
+}
