@@ -15,8 +15,14 @@ int stat_optimize(const struct dirent* entry, struct stat64* out);
 std::string pathfind_r(const std::string& path_list, const std::string& name);
 
 // Starts program (path, or a name found along PATH) in the background. argv holds argument 0 too. The process
-// id, or -1 with errno, also when the exec itself failed.
+// id, or -1 with errno, also when the exec itself failed. The child has the default signal dispositions, a
+// clear signal mask and no descriptors of ours beyond the first three; it is nobody's zombie and is never
+// waited for.
 int spawnvpe(const std::string& program, const std::vector<std::string>& argv);
+
+// Runs a shell command line and reads the first line it prints, at most limit bytes, its newline included.
+// False when it prints nothing within timeout_ms; the command is then ended.
+bool host_first_line(const std::string& command, size_t limit, int timeout_ms, std::string* line);
 
 // A link held by the path manager only. This platform has none: -1 with ENOSYS.
 int pathmgr_symlink(const char* target, const char* path);
@@ -27,3 +33,6 @@ std::string host_companion(const std::string& name);
 void host_extend_path();
 // This very program, for a further window.
 std::string host_program();
+// Another program for host_program to name from now on; empty: this one again. For whoever hosts the window
+// in a program that is not zan.
+void host_set_program(const std::string& path);
