@@ -4,9 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "fileops/transfer.h"
-
-class QMimeData;
+#include "fileops/ui/files_mime.h"
 
 // The two entries. At most one of them holds anything.
 inline constexpr char kClipFiles[] = "files";        // copied
@@ -14,15 +12,10 @@ inline constexpr char kClipMoveFiles[] = "mvfiles";  // cut
 
 // Puts the list on the clipboard as cut (the entry "mvfiles") or copied ("files"), together with the forms
 // that other file managers read.
-void clipboard_put(const TransferList& list, bool cut);
+void clipboard_put(TransferList list, bool cut);
 
-// What a clipboard or a drag offers, in any form that is understood: one list a directory, none with an empty
-// name. Empty when it offers no files.
-struct ClipboardFiles {
-  bool cut = false;
-  std::vector<TransferList> lists;
-};
-ClipboardFiles clipboard_get();
+// The files on the clipboard, whoever put them there.
+OfferedFiles clipboard_get();
 
 // 1 when the clipboard holds a non-empty entry of the type ("files" or "mvfiles"; null: either). What another
 // program put there counts as the entry that it means. group is not used: this desktop has one clipboard.

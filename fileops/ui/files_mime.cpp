@@ -1,0 +1,121 @@
+#include "fileops/ui/files_mime.h"
+
+#include <string_view>
+
+#include "fileops/transfer_codec.h"
+#include "fileops/uri_list.h"
+
+namespace {
+const char* own_type(FilesUse use) {
+  switch (use) {
+    case FilesUse::copied:
+      return kMimeFiles;
+    case FilesUse::cut:
+      return kMimeMoveFiles;
+    case FilesUse::dragged:
+      break;
+  }
+  return kMimeDrag;
+}
+
+QByteArray to_bytes(const std::string& text) {
+  return QByteArray(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+std::string_view view_of(const QByteArray& bytes) {
+  return {bytes.constData(), static_cast<size_t>(bytes.size())};
+}
+
+QByteArray offered_bytes(const QMimeData& mime, const char* type) {
+  const QString name = QString::fromLatin1(type);
+  return mime.hasFormat(name) ? mime.data(name) : QByteArray();
+}
+
+TransferList without_empty_names(TransferList list) {
+  std::erase_if(list.names, [](const std::string& name) { return name.empty(); });
+  return list;
+}
+
+bool read_own(const QMimeData& mime, const char* type, OfferedFiles* out) {
+  TransferList list;
+  if (!transfer_unpack(view_of(offered_bytes(mime, type)), &list)) return false;
+  list = without_empty_names(std::move(list));
+  if (list.names.empty()) return false;
+  out->lists.push_back(std::move(list));
+  out->cut = type == kMimeMoveFiles;
+  return true;
+}
+}  // namespace
+
+SharedFiles::SharedFiles(TransferList list) : list_(std::move(list)) {
+  index_.reserve(list_.names.size());
+  for (size_t i = 0; i < list_.names.size(); ++i)
+    if (!list_.names[i].empty()) index_.emplace(list_.names[i], i);
+  left_ = index_.size();
+}
+
+bool SharedFiles::has(const char* dir, const char* name) const {
+  return list_.dir == dir && index_.contains(name);
+}
+
+size_t SharedFiles::forget(const std::string& dir, const std::vector<std::string>& names) {
+  if (dir != list_.dir) return 0;
+  size_t forgotten = 0;
+  for (const std::string& name : names) {
+    const auto found = index_.find(name);
+    if (found == index_.end()) continue;
+    list_.names[found->second].clear();
+    index_.erase(found);
+    ++forgotten;
+  }
+  left_ -= forgotten;
+  return forgotten;
+}
+
+FilesMime::FilesMime(std::shared_ptr<SharedFiles> files, FilesUse use)
+    : files_(std::move(files)), use_(use) {}
+
+QStringList FilesMime::formats() const {
+  QStringList types{QString::fromLatin1(own_type(use_))};
+  if (files_->left() == 0) return types;
+  types << QString::fromLatin1(kMimeUriList);
+  if (use_ != FilesUse::dragged)
+    types << QString::fromLatin1(kMimeGnomeFiles) << QString::fromLatin1(kMimeKdeCut);
+  types << QString::fromLatin1(kMimePlainText);
+  return types;
+}
+
+QVariant FilesMime::retrieveData(const QString& type, QMetaType) const {
+  const TransferList& list = files_->list();
+  const QByteArray name = type.toLatin1();
+  const bool cut = use_ == FilesUse::cut;
+  if (name == own_type(use_)) return files_->left() == 0 ? QByteArray() : to_bytes(transfer_pack(list));
+  if (!formats().contains(type)) return {};
+  if (name == kMimeUriList) return to_bytes(uri_list_encode(list));
+  if (name == kMimeGnomeFiles) return to_bytes(gnome_files_encode(list, cut));
+  if (name == kMimeKdeCut) return QByteArray(cut ? "1" : "0");
+  return to_bytes(plain_paths_encode(list));
+}
+
+OfferedFiles files_mime_read(const QMimeData& mime) {
+  OfferedFiles out;
+  for (const char* type : {kMimeDrag, kMimeFiles, kMimeMoveFiles})
+    if (read_own(mime, type, &out)) return out;
+  if (gnome_files_decode(view_of(offered_bytes(mime, kMimeGnomeFiles)), &out.cut, &out.lists)) return out;
+  out.lists = uri_list_decode(view_of(offered_bytes(mime, kMimeUriList)));
+  out.cut = !out.lists.empty() && kde_cut_decode(view_of(offered_bytes(mime, kMimeKdeCut)));
+  return out;
+}
+
+bool files_mime_offers(const QMimeData& mime) {
+  for (const char* type : {kMimeDrag, kMimeFiles, kMimeMoveFiles, kMimeGnomeFiles, kMimeUriList})
+    if (mime.hasFormat(QString::fromLatin1(type))) return true;
+  return false;
+}
+
+std::shared_ptr<SharedFiles> files_mime_read_cut(const QMimeData& mime) {
+  TransferList list;
+  if (!transfer_unpack(view_of(offered_bytes(mime, kMimeMoveFiles)), &list)) return nullptr;
+  auto files = std::make_shared<SharedFiles>(std::move(list));
+  return files->left() == 0 ? nullptr : files;
+}
