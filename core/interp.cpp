@@ -11,48 +11,48 @@ constexpr uint32_t kFirstSymbol = ' ', kLastSymbol = 'z';
 char sState = 0;  // 0 when idle, else '/', '?' or ':'
 std::string sBuffer;
 std::string sLastSearch;  // survives clearing
-InterpList sList;
+InterpList sInterpList;
 
 bool is_mode_character(uint32_t symbol) {
   return symbol == ':' || symbol == '/' || symbol == '?';
 }
 
-void search(const std::string& text) {
-  if (sState == ':' || !sList.search) return;
-  sList.search(text.c_str(), sState == '?' ? FIND_BACKWARD | FIND_PREFIX : FIND_PREFIX);
+void interp_search(const std::string& text) {
+  if (sState == ':' || !sInterpList.search) return;
+  sInterpList.search(text.c_str(), sState == '?' ? FIND_BACKWARD | FIND_PREFIX : FIND_PREFIX);
 }
 
-int end() {
+int interp_end() {
   interp_clear();
   return -1;
 }
 
-int run_command() {
+int interp_run_command() {
   const std::string command = sBuffer;
   interp_clear();
   misc_run(0, 1, command.c_str());
   return -1;
 }
 
-int key_enter() {
+int interp_key_enter() {
   if (sState == 0) return 0;
-  if (sState == ':') return run_command();
+  if (sState == ':') return interp_run_command();
   if (!sBuffer.empty()) sLastSearch = sBuffer;
   const bool open = sState == '/';
-  search(sLastSearch);
+  interp_search(sLastSearch);
   interp_clear();
-  if (open && sList.open_current) sList.open_current();
+  if (open && sInterpList.open_current) sInterpList.open_current();
   return -1;
 }
 
-int key_backspace() {
-  if (sBuffer.empty()) return sState == 0 ? 0 : end();
+int interp_key_backspace() {
+  if (sBuffer.empty()) return sState == 0 ? 0 : interp_end();
   sBuffer.pop_back();
-  search(sBuffer);
+  interp_search(sBuffer);
   return 1;
 }
 
-int key_character(const InterpKey& key) {
+int interp_key_character(const InterpKey& key) {
   if (sState == 0 && is_mode_character(key.symbol)) {
     sState = static_cast<char>(key.symbol);
     return 1;
@@ -63,26 +63,26 @@ int key_character(const InterpKey& key) {
   if (sBuffer.size() + key.text.size() >= kBufferSize) return 1;
   sBuffer += key.text;
   if (sState == 0) sState = '/';
-  search(sBuffer);
+  interp_search(sBuffer);
   return 1;
 }
 }  // namespace
 
 void interp_attach(InterpList list) {
-  sList = std::move(list);
+  sInterpList = std::move(list);
 }
 
 int interp_key(const InterpKey& key) {
   if (!key.down || !key.valid) return 0;
   switch (key.symbol) {
     case INTERP_ESCAPE:
-      return sState == 0 ? 0 : end();
+      return sState == 0 ? 0 : interp_end();
     case INTERP_ENTER:
-      return key_enter();
+      return interp_key_enter();
     case INTERP_BACKSPACE:
-      return key_backspace();
+      return interp_key_backspace();
     default:
-      return key_character(key);
+      return interp_key_character(key);
   }
 }
 

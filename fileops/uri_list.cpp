@@ -33,25 +33,25 @@ void append_escaped(std::string* out, std::string_view bytes) {
   }
 }
 
-std::string dir_prefix(const TransferList& list) {
+std::string uri_dir_path(const TransferList& list) {
   return list.dir.ends_with('/') ? list.dir : list.dir + "/";
 }
 
 // "file://" and the escaped directory: what all URIs of a list begin with.
 std::string uri_prefix(const TransferList& list) {
   std::string prefix = "file://";
-  append_escaped(&prefix, dir_prefix(list));
+  append_escaped(&prefix, uri_dir_path(list));
   return prefix;
 }
 
-int hex_digit(char c) {
+int uri_hex_digit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
   return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
 // False for a broken escape or one that stands for NUL.
-bool unescape(std::string_view in, std::string* out) {
+bool uri_unescape(std::string_view in, std::string* out) {
   out->clear();
   for (;;) {
     const size_t escape = in.find('%');
@@ -59,7 +59,7 @@ bool unescape(std::string_view in, std::string* out) {
     if (escape == std::string_view::npos) return true;
     in.remove_prefix(escape);
     if (in.size() < 3) return false;
-    const int high = hex_digit(in[1]), low = hex_digit(in[2]);
+    const int high = uri_hex_digit(in[1]), low = uri_hex_digit(in[2]);
     if (high < 0 || low < 0 || (high == 0 && low == 0)) return false;
     out->push_back(static_cast<char>(high * 16 + low));
     in.remove_prefix(3);
@@ -71,7 +71,7 @@ bool starts_with_nocase(std::string_view text, std::string_view prefix) {
 }
 
 // The path of a local file's URI, still escaped; empty for any other text.
-std::string_view local_path(std::string_view uri) {
+std::string_view uri_local_path(std::string_view uri) {
   if (!starts_with_nocase(uri, "file:/")) return {};
   uri.remove_prefix(5);
   if (!uri.starts_with("//")) return uri;  // file:/p
@@ -83,7 +83,7 @@ std::string_view local_path(std::string_view uri) {
 // Splits a path into its directory and last component, without doubled or trailing slashes. False for the
 // root itself and for a path through "." or "..", which would name the file only by what the links on the way
 // say.
-bool split_path(std::string_view path, std::string* dir, std::string* name) {
+bool uri_split_path(std::string_view path, std::string* dir, std::string* name) {
   dir->clear();
   name->clear();
   for (size_t at = 0; at < path.size();) {
@@ -105,7 +105,7 @@ bool is_line_end(char c) {
 
 // Takes the next line off *rest; blank ones are passed over. Some programs end lines with CR, or the whole
 // with a NUL.
-std::string_view next_line(std::string_view* rest) {
+std::string_view uri_next_line(std::string_view* rest) {
   const char* start = rest->data();
   const char* const limit = start + rest->size();
   while (start < limit && is_line_end(*start)) ++start;
@@ -149,10 +149,10 @@ std::string uri_list_encode(const TransferList& list) {
 std::vector<TransferList> uri_list_decode(std::string_view bytes) {
   SortedByDirectory sorted;
   std::string path, dir, name;
-  for (std::string_view line = next_line(&bytes); !line.empty(); line = next_line(&bytes)) {
+  for (std::string_view line = uri_next_line(&bytes); !line.empty(); line = uri_next_line(&bytes)) {
     if (line.starts_with('#')) continue;
-    const std::string_view escaped = local_path(line);
-    if (escaped.empty() || !unescape(escaped, &path) || !split_path(path, &dir, &name)) continue;
+    const std::string_view escaped = uri_local_path(line);
+    if (escaped.empty() || !uri_unescape(escaped, &path) || !uri_split_path(path, &dir, &name)) continue;
     sorted.add(dir, name);
   }
   return std::move(sorted.lists);
@@ -170,7 +170,7 @@ std::string gnome_files_encode(const TransferList& list, bool cut) {
 }
 
 bool gnome_files_decode(std::string_view bytes, bool* cut, std::vector<TransferList>* lists) {
-  const std::string_view word = next_line(&bytes);
+  const std::string_view word = uri_next_line(&bytes);
   if (word != "cut" && word != "copy") return false;
   std::vector<TransferList> read = uri_list_decode(bytes);
   if (read.empty()) return false;
@@ -180,7 +180,7 @@ bool gnome_files_decode(std::string_view bytes, bool* cut, std::vector<TransferL
 }
 
 std::string plain_paths_encode(const TransferList& list) {
-  const std::string prefix = dir_prefix(list);
+  const std::string prefix = uri_dir_path(list);
   std::string out;
   for (const std::string& name : list.names) {
     if (name.empty()) continue;

@@ -22,7 +22,7 @@ struct ForeignClipboard {
 };
 ForeignClipboard sForeign;
 
-QClipboard* clipboard() {
+QClipboard* clip_board() {
   static bool connected = false;
   QClipboard* board = QGuiApplication::clipboard();
   if (!connected) {
@@ -34,12 +34,12 @@ QClipboard* clipboard() {
 
 // Our own offer when it is still what the clipboard holds.
 const FilesMime* our_offer() {
-  return dynamic_cast<const FilesMime*>(clipboard()->mimeData());
+  return dynamic_cast<const FilesMime*>(clip_board()->mimeData());
 }
 
 const OfferedFiles& foreign_files() {
   if (!sForeign.files) {
-    const QMimeData* mime = clipboard()->mimeData();
+    const QMimeData* mime = clip_board()->mimeData();
     OfferedFiles read = mime ? files_mime_read(*mime) : OfferedFiles();
     sForeign.files = std::move(read);
   }
@@ -48,15 +48,15 @@ const OfferedFiles& foreign_files() {
 
 std::shared_ptr<SharedFiles> foreign_cut_files() {
   if (!sForeign.cut) {
-    const QMimeData* mime = clipboard()->mimeData();
+    const QMimeData* mime = clip_board()->mimeData();
     std::shared_ptr<SharedFiles> read = mime ? files_mime_read_cut(*mime) : nullptr;
     sForeign.cut = std::move(read);
   }
   return *sForeign.cut;
 }
 
-void offer(std::shared_ptr<SharedFiles> files, FilesUse use) {
-  clipboard()->setMimeData(new FilesMime(std::move(files), use));
+void clip_offer(std::shared_ptr<SharedFiles> files, FilesUse use) {
+  clip_board()->setMimeData(new FilesMime(std::move(files), use));
   sForeign = {};
 }
 
@@ -65,7 +65,7 @@ void offer(std::shared_ptr<SharedFiles> files, FilesUse use) {
 void tell_of_shrunk_cut(const std::shared_ptr<SharedFiles>& files) {
   static QTimer* timer = nullptr;
   if (files->left() == 0) {
-    offer(files, FilesUse::cut);
+    clip_offer(files, FilesUse::cut);
     return;
   }
   if (!timer) {
@@ -74,7 +74,7 @@ void tell_of_shrunk_cut(const std::shared_ptr<SharedFiles>& files) {
     QObject::connect(timer, &QObject::destroyed, [] { timer = nullptr; });
     QObject::connect(timer, &QTimer::timeout, [] {
       const FilesMime* ours = our_offer();
-      if (ours && ours->use() == FilesUse::cut) offer(ours->files(), FilesUse::cut);
+      if (ours && ours->use() == FilesUse::cut) clip_offer(ours->files(), FilesUse::cut);
     });
   }
   if (!timer->isActive()) timer->start(kTellAgainMs);
@@ -83,11 +83,11 @@ void tell_of_shrunk_cut(const std::shared_ptr<SharedFiles>& files) {
 
 void clipboard_put(TransferList list, bool cut) {
   auto files = std::make_shared<SharedFiles>(std::move(list));
-  offer(std::move(files), cut ? FilesUse::cut : FilesUse::copied);
+  clip_offer(std::move(files), cut ? FilesUse::cut : FilesUse::copied);
 }
 
 OfferedFiles clipboard_get() {
-  const QMimeData* mime = clipboard()->mimeData();
+  const QMimeData* mime = clip_board()->mimeData();
   return mime ? files_mime_read(*mime) : OfferedFiles();
 }
 
@@ -127,11 +127,11 @@ int file_uncut(const std::string& dir, const std::vector<std::string>& names) {
     return 1;
   }
   if (our_offer()) return 1;  // the user has cut or copied something else here
-  const QMimeData* mime = clipboard()->mimeData();
+  const QMimeData* mime = clip_board()->mimeData();
   std::shared_ptr<SharedFiles> standing = mime ? files_mime_read_cut(*mime) : nullptr;
   if (!standing || standing->forget(dir, names) == 0) return 1;
   _cut_files = standing;
-  offer(standing, FilesUse::cut);
+  clip_offer(standing, FilesUse::cut);
   return 1;
 }
 

@@ -6,7 +6,7 @@
 #include "fileops/uri_list.h"
 
 namespace {
-const char* own_type(FilesUse use) {
+const char* mime_own_type(FilesUse use) {
   switch (use) {
     case FilesUse::copied:
       return kMimeFiles;
@@ -18,15 +18,15 @@ const char* own_type(FilesUse use) {
   return kMimeDrag;
 }
 
-QByteArray to_bytes(const std::string& text) {
+QByteArray mime_bytes(const std::string& text) {
   return QByteArray(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-std::string_view view_of(const QByteArray& bytes) {
+std::string_view mime_view(const QByteArray& bytes) {
   return {bytes.constData(), static_cast<size_t>(bytes.size())};
 }
 
-QByteArray offered_bytes(const QMimeData& mime, const char* type) {
+QByteArray mime_offered(const QMimeData& mime, const char* type) {
   const QString name = QString::fromLatin1(type);
   return mime.hasFormat(name) ? mime.data(name) : QByteArray();
 }
@@ -36,9 +36,9 @@ TransferList without_empty_names(TransferList list) {
   return list;
 }
 
-bool read_own(const QMimeData& mime, const char* type, OfferedFiles* out) {
+bool mime_read_own(const QMimeData& mime, const char* type, OfferedFiles* out) {
   TransferList list;
-  if (!transfer_unpack(view_of(offered_bytes(mime, type)), &list)) return false;
+  if (!transfer_unpack(mime_view(mime_offered(mime, type)), &list)) return false;
   list = without_empty_names(std::move(list));
   if (list.names.empty()) return false;
   out->lists.push_back(std::move(list));
@@ -76,7 +76,7 @@ FilesMime::FilesMime(std::shared_ptr<SharedFiles> files, FilesUse use)
     : files_(std::move(files)), use_(use) {}
 
 QStringList FilesMime::formats() const {
-  QStringList types{QString::fromLatin1(own_type(use_))};
+  QStringList types{QString::fromLatin1(mime_own_type(use_))};
   if (files_->left() == 0) return types;
   types << QString::fromLatin1(kMimeUriList);
   if (use_ != FilesUse::dragged)
@@ -89,21 +89,22 @@ QVariant FilesMime::retrieveData(const QString& type, QMetaType) const {
   const TransferList& list = files_->list();
   const QByteArray name = type.toLatin1();
   const bool cut = use_ == FilesUse::cut;
-  if (name == own_type(use_)) return files_->left() == 0 ? QByteArray() : to_bytes(transfer_pack(list));
+  if (name == mime_own_type(use_))
+    return files_->left() == 0 ? QByteArray() : mime_bytes(transfer_pack(list));
   if (!formats().contains(type)) return {};
-  if (name == kMimeUriList) return to_bytes(uri_list_encode(list));
-  if (name == kMimeGnomeFiles) return to_bytes(gnome_files_encode(list, cut));
+  if (name == kMimeUriList) return mime_bytes(uri_list_encode(list));
+  if (name == kMimeGnomeFiles) return mime_bytes(gnome_files_encode(list, cut));
   if (name == kMimeKdeCut) return QByteArray(cut ? "1" : "0");
-  return to_bytes(plain_paths_encode(list));
+  return mime_bytes(plain_paths_encode(list));
 }
 
 OfferedFiles files_mime_read(const QMimeData& mime) {
   OfferedFiles out;
   for (const char* type : {kMimeDrag, kMimeFiles, kMimeMoveFiles})
-    if (read_own(mime, type, &out)) return out;
-  if (gnome_files_decode(view_of(offered_bytes(mime, kMimeGnomeFiles)), &out.cut, &out.lists)) return out;
-  out.lists = uri_list_decode(view_of(offered_bytes(mime, kMimeUriList)));
-  out.cut = !out.lists.empty() && kde_cut_decode(view_of(offered_bytes(mime, kMimeKdeCut)));
+    if (mime_read_own(mime, type, &out)) return out;
+  if (gnome_files_decode(mime_view(mime_offered(mime, kMimeGnomeFiles)), &out.cut, &out.lists)) return out;
+  out.lists = uri_list_decode(mime_view(mime_offered(mime, kMimeUriList)));
+  out.cut = !out.lists.empty() && kde_cut_decode(mime_view(mime_offered(mime, kMimeKdeCut)));
   return out;
 }
 
@@ -115,7 +116,7 @@ bool files_mime_offers(const QMimeData& mime) {
 
 std::shared_ptr<SharedFiles> files_mime_read_cut(const QMimeData& mime) {
   TransferList list;
-  if (!transfer_unpack(view_of(offered_bytes(mime, kMimeMoveFiles)), &list)) return nullptr;
+  if (!transfer_unpack(mime_view(mime_offered(mime, kMimeMoveFiles)), &list)) return nullptr;
   auto files = std::make_shared<SharedFiles>(std::move(list));
   return files->left() == 0 ? nullptr : files;
 }

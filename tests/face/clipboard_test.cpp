@@ -1,0 +1,166 @@
+#include "fileops/ui/clipboard.h"
+
+#include <gtest/gtest.h>
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QTest>
+
+#include "fileops/transfer_codec.h"
+#include "fileops/uri_list.h"
+
+namespace {
+QClipboard* board() {
+  return QGuiApplication::clipboard();
+}
+
+QByteArray clip_data(const char* type) {
+  return board()->mimeData()->data(QString::fromLatin1(type));
+}
+
+// What a program of another kind, or another instance, puts there.
+void put_foreign(const std::vector<std::pair<const char*, std::string>>& entries) {
+  auto* mime = new QMimeData;
+  for (const auto& [type, bytes] : entries)
+    mime->setData(QString::fromLatin1(type), QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size())));
+  board()->setMimeData(mime);
+}
+
+TransferList numbered(int count) {
+  TransferList list{"/d", {}, false};
+  for (int i = 0; i < count; ++i) list.names.push_back(std::to_string(i));
+  return list;
+}
+
+std::string described(const OfferedFiles& files) {
+  std::string text = files.cut ? "cut" : "copy";
+  for (const TransferList& list : files.lists) {
+    text += " " + list.dir + ":";
+    for (const std::string& name : list.names) text += name + ",";
+  }
+  return text;
+}
+}  // namespace
+
+TEST(Clipboard, OffersOurOwnFormFirstAndWhatOthersRead) {
+  for (const bool cut : {false, true}) {
+    clipboard_put({"/d", {"a b", "c"}, false}, cut);
+    const QStringList types = board()->mimeData()->formats();
+    EXPECT_EQ(types.first(), QString::fromLatin1(cut ? kMimeMoveFiles : kMimeFiles));
+    TransferList own;
+    EXPECT_TRUE(transfer_unpack(clip_data(cut ? kMimeMoveFiles : kMimeFiles).toStdString(), &own));
+    EXPECT_FALSE(board()->mimeData()->hasFormat(QString::fromLatin1(cut ? kMimeFiles : kMimeMoveFiles)));
+    EXPECT_EQ(clip_data(kMimeUriList), "file:///d/a%20b\r\nfile:///d/c\r\n");
+    EXPECT_EQ(clip_data(kMimeGnomeFiles),
+              QByteArray(cut ? "cut" : "copy") + "\nfile:///d/a%20b\nfile:///d/c");
+    EXPECT_EQ(clip_data(kMimeKdeCut), cut ? "1" : "0");
+    EXPECT_EQ(board()->text(), QStringLiteral("/d/a b\n/d/c"));
+    EXPECT_EQ(em_check_clipboard_for_type(-1, kClipMoveFiles), cut);
+    EXPECT_EQ(em_check_clipboard_for_type(-1, kClipFiles), !cut);
+  }
+}
+
+TEST(Clipboard, ReadsInTheOrderOwnGnomeUriList) {
+  const std::string own = transfer_pack({"/own", {"o", ""}, false}), uris = "file:///u/1\r\nfile:///v/2\r\n";
+  const struct {
+    std::vector<std::pair<const char*, std::string>> entries;
+    const char* read;
+  } rows[] = {
+      {{{kMimeUriList, uris}, {kMimeGnomeFiles, "cut\nfile:///g/1"}, {kMimeFiles, own}}, "copy /own:o,"},
+      {{{kMimeMoveFiles, own}}, "cut /own:o,"},
+      {{{kMimeUriList, uris}, {kMimeGnomeFiles, "cut\nfile:///g/1"}}, "cut /g:1,"},
+      {{{kMimeUriList, uris}, {kMimeGnomeFiles, "nonsense"}}, "copy /u:1, /v:2,"},
+      {{{kMimeUriList, uris}, {kMimeKdeCut, "1"}}, "cut /u:1, /v:2,"},
+      {{{kMimeUriList, uris}, {kMimeKdeCut, "0"}}, "copy /u:1, /v:2,"},
+      {{{kMimeUriList, uris}, {kMimeFiles, own + "x"}, {kMimeMoveFiles, ""}}, "copy /u:1, /v:2,"},
+      {{{kMimeUriList, "http://x/\r\n"}, {kMimeKdeCut, "1"}}, "copy"},
+      {{{kMimePlainText, "/a/b"}}, "copy"},
+  };
+  for (const auto& row : rows) {
+    put_foreign(row.entries);
+    EXPECT_EQ(described(clipboard_get()), row.read);
+    EXPECT_EQ(em_check_clipboard_for_type(-1, nullptr), std::string(row.read) != "copy") << row.read;
+  }
+}
+
+TEST(Clipboard, CutMarksFollowWhatIsCutNow) {
+  clipboard_put({"/d", {"a"}, false}, true);
+  EXPECT_FALSE(file_is_cut("/d", "a")) << "taken over before it was asked for";
+  file_get_cut_files();
+  EXPECT_TRUE(file_is_cut("/d", "a"));
+  EXPECT_FALSE(file_is_cut("/e", "a"));
+  EXPECT_FALSE(file_is_cut("/d", "b"));
+  EXPECT_FALSE(file_is_cut("/d", ""));
+  put_foreign({{kMimeMoveFiles, transfer_pack({"/e", {"", "b"}, false})}});
+  file_get_cut_files();
+  EXPECT_TRUE(file_is_cut("/e", "b"));
+  EXPECT_FALSE(file_is_cut("/d", "a"));
+  clipboard_put({"/d", {"a"}, false}, false);
+  file_get_cut_files();
+  EXPECT_FALSE(file_has_cut_files());
+}
+
+TEST(Clipboard, MovedItemsAreForgottenAndTheLastOneEmptiesIt) {
+  clipboard_put(numbered(4), true);
+  file_get_cut_files();
+  EXPECT_EQ(file_uncut("/e", "1"), 0);
+  EXPECT_EQ(file_uncut("/d", "9"), 0);
+  EXPECT_EQ(file_uncut("/d", {"1", "2"}), 1);
+  EXPECT_EQ(file_uncut("/d", "1"), 0);
+  EXPECT_FALSE(file_is_cut("/d", "1"));
+  EXPECT_TRUE(file_is_cut("/d", "3"));
+  TransferList left;
+  ASSERT_TRUE(transfer_unpack(clip_data(kMimeMoveFiles).toStdString(), &left));
+  EXPECT_EQ(left.names, (std::vector<std::string>{"0", "", "", "3"}));
+  EXPECT_EQ(clip_data(kMimeUriList), "file:///d/0\r\nfile:///d/3\r\n");
+  EXPECT_EQ(file_uncut("/d", {"0", "3"}), 1);
+  EXPECT_EQ(clip_data(kMimeMoveFiles), "");
+  EXPECT_EQ(board()->mimeData()->formats().size(), 1);
+  EXPECT_EQ(em_check_clipboard_for_type(-1, nullptr), 0);
+}
+
+// Others read the clipboard when they are told that it changed: they must be told, but not for each file.
+TEST(Clipboard, TheDesktopIsToldOfALongMoveNowAndThen) {
+  clipboard_put(numbered(1000), true);
+  file_get_cut_files();
+  int told = 0;
+  const auto watch = QObject::connect(board(), &QClipboard::dataChanged, [&told] { ++told; });
+  for (int i = 0; i < 500; ++i) file_uncut("/d", std::to_string(i).c_str());
+  EXPECT_EQ(told, 0);
+  EXPECT_TRUE(QTest::qWaitFor([&told] { return told > 0; }));
+  EXPECT_EQ(told, 1);
+  QObject::disconnect(watch);
+}
+
+TEST(Clipboard, WhatSomebodyElsePutThereSinceIsNeverOverwritten) {
+  const std::string other_cut = transfer_pack({"/other", {"0"}, false});
+  const std::vector<std::vector<std::pair<const char*, std::string>>> rows = {
+      {{kMimePlainText, "words"}},
+      {{kMimeGnomeFiles, "cut\nfile:///d/0"}},
+      {{kMimeMoveFiles, other_cut}},
+      {{kMimeFiles, transfer_pack(numbered(3))}},
+  };
+  for (const auto& entries : rows) {
+    for (const char* last : {"0", "2"}) {
+      clipboard_put(numbered(3), true);
+      file_get_cut_files();
+      file_uncut("/d", {"1"});
+      put_foreign(entries);
+      const QMimeData* standing = board()->mimeData();
+      EXPECT_EQ(file_uncut("/d", last), 1);
+      EXPECT_FALSE(file_is_cut("/d", last));
+      QTest::qWait(400);  // beyond the delay with which a shrunk list is told
+      EXPECT_EQ(board()->mimeData(), standing);
+      EXPECT_EQ(clip_data(entries[0].first).toStdString(), entries[0].second);
+    }
+  }
+}
+
+TEST(Clipboard, AnotherInstancesCutShrinksToo) {
+  put_foreign({{kMimeMoveFiles, transfer_pack(numbered(3))}});
+  file_get_cut_files();
+  EXPECT_EQ(file_uncut("/d", {"0", "1"}), 1);
+  EXPECT_EQ(described(clipboard_get()), "cut /d:2,");
+  EXPECT_EQ(file_uncut("/d", "2"), 1);
+  EXPECT_EQ(em_check_clipboard_for_type(-1, nullptr), 0);
+}
