@@ -11,6 +11,8 @@
 #include <QWindow>
 #include <algorithm>
 
+#include "core/toolkit/fonts.h"
+#include "core/toolkit/icons.h"
 #include "core/toolkit/message.h"
 #include "ui_alert.h"
 
@@ -18,8 +20,6 @@ namespace {
 constexpr int sTypingMs = 400;
 constexpr int sCascade = 28;  // pixels between two alerts that would cover each other
 constexpr int sFoldAt = 24;   // characters of a word after which it may be broken
-
-QList<AlertWindow*> sAlertWindows;
 
 // When the user last typed into something that is not an alert. An alert that opens under the typing hands
 // must not take a letter or Enter that was meant for the window it covers.
@@ -53,7 +53,7 @@ QString foldable(const QString& text) {
     folded += c;
     run = c.isSpace() ? 0 : run + 1;
     const bool pair = c.isHighSurrogate() || (i + 1 < text.size() && text[i + 1].isMark());
-    if (!pair && (c == QLatin1Char('/') || run >= sFoldAt)) folded += QChar(0x200b), run = 0;
+    if (!pair && (c == QLatin1Char('/') || run >= sFoldAt)) folded += QChar(0x200b);
   }
   return folded;
 }
@@ -78,6 +78,31 @@ void alert_watch_typing() {
   TypingWatch::instance();
 }
 
+void alert_open(QDialog* window, QWidget* owner, Qt::WindowModality modality) {
+  window->setWindowModality(modality);
+  window->setAttribute(Qt::WA_NativeWindow);
+  if (QWidget* above = modality == Qt::NonModal ? QApplication::activeModalWidget() : nullptr)
+    owner = above;  // else that one would block it
+  if (owner != nullptr && owner->window()->windowHandle() != nullptr)
+    window->windowHandle()->setTransientParent(owner->window()->windowHandle());
+  window->adjustSize();
+  wcenter(owner, window);
+  QWidgetList others = QApplication::topLevelWidgets();
+  others.removeIf([window](QWidget* other) {
+    return other == window || !other->isVisible() || qobject_cast<QDialog*>(other) == nullptr;
+  });
+  const QRect desktop = window->screen()->availableGeometry();
+  const auto covered = [window](const QWidget* other) { return other->pos() == window->pos(); };
+  while (std::any_of(others.begin(), others.end(), covered)) {
+    window->move(window->pos() + QPoint(sCascade, sCascade));
+    if (desktop.contains(QRect(window->pos(), window->size()))) continue;
+    window->move(desktop.topLeft() + QPoint(sCascade * static_cast<int>(others.size() % 7), 0));
+    break;
+  }
+  window->show();
+  window->activateWindow();
+}
+
 AlertWindow::AlertWindow(const QString& title, const QString& message, const ButtonList& buttons,
                          std::function<void(int)> answered)
     : ui_(new Ui::alert), list_(buttons), answered_(std::move(answered)) {
@@ -89,9 +114,8 @@ AlertWindow::AlertWindow(const QString& title, const QString& message, const But
   const int icon = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
   const bool question = list_.labels.size() > 1;
   ui_->alert_icon->setPixmap(
-      style()
-          ->standardIcon(question ? QStyle::SP_MessageBoxQuestion : QStyle::SP_MessageBoxInformation)
-          .pixmap(icon, icon));
+      icon_get(question ? "alert_question" : "alert_notice").pixmap(QSize(icon, icon), devicePixelRatio()));
+  ui_->alert_message->setMinimumHeight(icon);
   add_buttons();
   fit_message(message);
 }
@@ -102,6 +126,7 @@ AlertWindow::~AlertWindow() {
 
 void AlertWindow::fit_message(const QString& message) {
   QLabel* label = ui_->alert_message;
+  label->setFont(font_from_name(QStringLiteral("helv12")));
   label->setText(foldable(message));
   label->setAccessibleName(message);
   const QRect desktop = QApplication::primaryScreen()->availableGeometry();
@@ -110,8 +135,8 @@ void AlertWindow::fit_message(const QString& message) {
   int text_width = 0;
   for (const QString& line : message.split(QLatin1Char('\n')))
     text_width = std::max(text_width, metrics.horizontalAdvance(line) + 4);
-  const int width = std::clamp(text_width, metrics.averageCharWidth() * 36, widest);
-  const int height = std::max(label->heightForWidth(width), metrics.lineSpacing() * 2);
+  const int width = std::min(widest, std::max(text_width, metrics.averageCharWidth() * 36));
+  const int height = std::max(label->heightForWidth(width), label->minimumHeight());
   const int shown = std::min(height, desktop.height() / 2);
   if (shown < height) ui_->alert_scroll->setFocusPolicy(Qt::StrongFocus);
   ui_->alert_scroll->setMinimumSize(width + (shown < height ? 24 : 0), shown);
@@ -134,26 +159,7 @@ void AlertWindow::add_buttons() {
 }
 
 void AlertWindow::open_over(QWidget* owner, Qt::WindowModality modality) {
-  setWindowModality(modality);
-  setAttribute(Qt::WA_NativeWindow);
-  if (QWidget* above = modality == Qt::NonModal ? QApplication::activeModalWidget() : nullptr)
-    windowHandle()->setTransientParent(
-        above->window()->windowHandle());  // else it would be blocked by that one
-  else if (owner != nullptr && owner->window()->windowHandle() != nullptr)
-    windowHandle()->setTransientParent(owner->window()->windowHandle());
-  adjustSize();
-  wcenter(owner, this);
-  const auto covered = [this](const AlertWindow* other) { return other->pos() == pos(); };
-  const QRect desktop = screen()->availableGeometry();
-  while (std::any_of(sAlertWindows.begin(), sAlertWindows.end(), covered)) {
-    move(x() + sCascade, y() + sCascade);
-    if (desktop.contains(QRect(pos(), size()))) continue;
-    move(desktop.topLeft() + QPoint(sCascade * static_cast<int>(sAlertWindows.size() % 7), 0));
-    break;
-  }
-  sAlertWindows.append(this);
-  show();
-  activateWindow();
+  alert_open(this, owner, modality);
 }
 
 void AlertWindow::keyPressEvent(QKeyEvent* event) {
@@ -178,7 +184,6 @@ void AlertWindow::answer(int number) {
   if (!answered_) return;
   const auto answered = std::move(answered_);
   answered_ = nullptr;
-  sAlertWindows.removeAll(this);
   hide();
   deleteLater();
   answered(number);

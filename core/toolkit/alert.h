@@ -16,6 +16,10 @@ class alert;
 // From now on, alerts know whether the user is just typing into another window. Once, at the start.
 void alert_watch_typing();
 
+// Shows a question's window in its place: over owner (null: on the middle of the screen), beside others that
+// stand there. One that is not modal is not blocked by a modal one that is open.
+void alert_open(QDialog* window, QWidget* owner, Qt::WindowModality modality);
+
 // Answers once, whatever ends it: a button, its letter (with or without Alt), Enter, Escape, closing, or its
 // destruction (the escape button). It deletes itself after the answer.
 class AlertWindow : public QDialog {
@@ -23,7 +27,6 @@ class AlertWindow : public QDialog {
   AlertWindow(const QString& title, const QString& message, const ButtonList& buttons,
               std::function<void(int)> answered);
   ~AlertWindow() override;
-  // Shows it in its place: over owner, or on the middle of the screen, beside the alerts that stand there.
   void open_over(QWidget* owner, Qt::WindowModality modality);
 
  protected:

@@ -22,10 +22,18 @@ struct ThemeName {
 // Only whole families are taken from a theme: row images have no freedesktop names for their link and cut
 // forms, and a list half in one style and half in another is harder to read.
 const ThemeName kThemeNames[] = {
-    {"tb_back", "go-previous"},      {"tb_forward", "go-next"},      {"tb_up", "go-up"},
-    {"tb_home", "go-home"},          {"tb_refresh", "view-refresh"}, {"tb_add", "bookmark-new"},
-    {"tb_hotlist", "view-sidetree"}, {"tb_cut", "edit-cut"},         {"tb_copy", "edit-copy"},
+    {"tb_back", "go-previous"},
+    {"tb_forward", "go-next"},
+    {"tb_up", "go-up"},
+    {"tb_home", "go-home"},
+    {"tb_refresh", "view-refresh"},
+    {"tb_add", "bookmark-new"},
+    {"tb_hotlist", "view-sidetree"},
+    {"tb_cut", "edit-cut"},
+    {"tb_copy", "edit-copy"},
     {"tb_paste", "edit-paste"},
+    {"alert_question", "dialog-question"},
+    {"alert_notice", "dialog-information"},
 };
 
 QColor ink_color(QIcon::Mode mode) {
