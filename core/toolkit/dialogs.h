@@ -1,0 +1,9 @@
+// What all dialogs have in common.
+#pragma once
+
+class QDialog;
+class QWidget;
+
+// Shows dialog at its natural size (cut to the screen's) centred over parent. It is modal over its own parent
+// window and deleted when it closes.
+void dialog_open(QWidget* parent, QDialog* dialog);
