@@ -4,6 +4,7 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <array>
+#include <system_error>
 #include <thread>
 
 #include "commands/associations.h"
@@ -34,8 +35,8 @@ void x_block_text(QLineEdit* field, bool blocked) {
   if (palette.color(QPalette::Window).lightness() < 128) {  // a dark desktop keeps its own colours
     if (blocked) palette.setColor(QPalette::Base, palette.color(QPalette::Window));
   } else {
-    palette.setColor(QPalette::Base, blocked ? QColor(0xd9d9d9) : QColor(0xffffff));
-    palette.setColor(QPalette::Text, blocked ? QColor(0x606060) : QColor(0x000000));
+    palette.setColor(QPalette::Base, blocked ? QColor(0xd9, 0xd9, 0xd9) : QColor(Qt::white));
+    palette.setColor(QPalette::Text, blocked ? QColor(0x60, 0x60, 0x60) : QColor(Qt::black));
   }
   field->setPalette(palette);
 }
@@ -63,7 +64,7 @@ class PropertyDialog : public QDialog {
  public:
   explicit PropertyDialog(PropertyRecord record);
   int serial() const { return serial_; }
-  void show_filetype(const std::string& text) { ui_.pr_filetype->setText(utf8(text).trimmed()); }
+  void show_filetype(const std::string& text);
   void ask_filetype() const;
 
   void accept() override;
@@ -211,16 +212,28 @@ void PropertyDialog::accept() {
   QDialog::accept();
 }
 
+// A long text takes more lines than were kept for it.
+void PropertyDialog::show_filetype(const std::string& text) {
+  ui_.pr_filetype->setText(utf8(text).trimmed());
+  layout()->activate();
+  const int needed = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(width()) : 0;
+  if (needed > height()) resize(width(), needed);
+}
+
 // Finding out the type starts a program and reads the file: the dialog does not wait for it.
 void PropertyDialog::ask_filetype() const {
   if (record_.one_entry < 0) return;
-  std::thread([serial = serial_, entry = record_.entries[0]] {
+  const auto find_out = [serial = serial_, entry = record_.entries[0]] {
     std::string type;
     if (!as_get_filetype(entry.name.c_str(), entry.mode, &type)) return;
     desk_post([serial, type] {
       if (sPropertyDialog && sPropertyDialog->serial() == serial) sPropertyDialog->show_filetype(type);
     });
-  }).detach();
+  };
+  try {
+    std::thread(find_out).detach();
+  } catch (const std::system_error&) {  // no thread to spare: the type stays empty
+  }
 }
 
 }  // namespace

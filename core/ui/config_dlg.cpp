@@ -58,6 +58,7 @@ class ConfigDialog : public QDialog {
   QSize sizeHint() const override;
 
  private:
+  void stack_columns();
   std::vector<Choices> flag_groups() const;
   void fill_charsets();
   void choose_font(QLabel* label, const QPushButton* button, const QString& title);
@@ -72,6 +73,7 @@ class ConfigDialog : public QDialog {
 ConfigDialog::ConfigDialog() : QDialog(base_window()) {
   ui_.setupUi(this);
   config_setup();
+  stack_columns();
   ui_.cdot->setFocus();
   connect(ui_.clist_select, &QPushButton::clicked, this,
           [this] { choose_font(ui_.clist_font, ui_.clist_select, QStringLiteral("Select File List Font")); });
@@ -81,9 +83,18 @@ ConfigDialog::ConfigDialog() : QDialog(base_window()) {
   connect(ui_.ccancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
+// Where the columns do not fit side by side, as on a small screen at twice the scale, they stand one below
+// the other.
+void ConfigDialog::stack_columns() {
+  if (sizeHint().width() <= screen()->availableSize().width()) return;
+  ui_.config_columns->setDirection(QBoxLayout::TopToBottom);
+  ui_.config_line->setFrameShape(QFrame::HLine);
+}
+
 // Big enough to show the whole page: the scroll area alone would be content with less.
 QSize ConfigDialog::sizeHint() const {
   const QMargins margins = layout()->contentsMargins();
+  ui_.config_page->layout()->activate();  // it was measured before its texts were set
   const QSize page = ui_.config_page->sizeHint();
   const int bar = ui_.config_scroll->verticalScrollBar()->sizeHint().width();
   return QSize(page.width() + bar + margins.left() + margins.right(),
