@@ -80,25 +80,10 @@ bool is_subdirectory(int fd, const struct dirent64& entry, bool dot_names) {
   return fstatat64(fd, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
 }
 
-int count_subdirectories(const char* path, bool dot_names) {
-  const int links = link_count(path);
-  if (links > 2) return links;
-  DIR* dir = opendir(path);
-  if (!dir) return -1;
-  int found = 0;
-  while (const struct dirent64* entry = readdir64(dir)) {
-    if (!is_subdirectory(dirfd(dir), *entry, dot_names)) continue;
-    found = links > 0 ? links : 2;
-    break;
-  }
-  closedir(dir);
-  return found;
-}
-
 // Runs a question about a path in bounded time; -1 when the answer does not come.
-int bounded_answer(const std::string& path, int (*question)(const char* path, bool flag), bool flag) {
+int bounded_answer(const std::string& path, int (*question)(const char* path, int flags), int flags) {
   auto answer = std::make_shared<int>(-1);
-  const bool ended = fs_bounded([=] { *answer = question(path.c_str(), flag); });
+  const bool ended = fs_bounded([=] { *answer = question(path.c_str(), flags); });
   return ended ? *answer : -1;
 }
 }  // namespace
@@ -140,15 +125,30 @@ bool fs_bounded(std::function<void()> work, int timeout_ms) {
   return probe_wait(*probe, ProbeClock::now() + kGrace);
 }
 
+int fs_look_for_subdirectories(const char* path, int flags) {
+  const int links = link_count(path);
+  if (links > 2) return links;
+  DIR* dir = opendir(path);
+  if (!dir) return -1;
+  int found = 0;
+  while (const struct dirent64* entry = readdir64(dir)) {
+    if (!is_subdirectory(dirfd(dir), *entry, (flags & 2) != 0)) continue;
+    found = links > 0 ? links : 2;
+    break;
+  }
+  closedir(dir);
+  return found;
+}
+
 int fs_path_is_directory(const char* path) {
   if (!path) return -1;
   return bounded_answer(
-      path, [](const char* p, bool) { return link_count(p); }, false);
+      path, [](const char* p, int) { return link_count(p); }, 0);
 }
 
 int fs_path_has_subdirectories(const char* parent, const char* name, int flags) {
   const std::string shown = es_construct_fullpath(parent, name);
   const char* path = fname_encode(shown.c_str());
   if (!path) return -2;
-  return bounded_answer(path, count_subdirectories, (flags & 2) != 0);
+  return bounded_answer(path, fs_look_for_subdirectories, flags);
 }

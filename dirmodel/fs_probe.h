@@ -20,3 +20,6 @@ int fs_path_has_subdirectories(const char* parent, const char* name, int flags);
 // To be called first by a thread that makes file system calls which may hang: the alarm signal interrupts
 // them (its handler does nothing), every other signal is left to the interface thread.
 void fs_worker_signals();
+
+// The same for a path as it is on disk, not bounded: for a thread that may hang.
+int fs_look_for_subdirectories(const char* path, int flags);
