@@ -1,20 +1,14 @@
 // The hotlist pane "tree": gTree's paths as top-level items that expand into their subdirectories.
 #pragma once
 
-#include <functional>
 #include <string>
 
-class QPoint;
 class QTreeWidget;
 class QTreeWidgetItem;
 
 // Makes tree the pane that shows gTree, images and all. What gTree holds and will hold (tree_load) appears in
 // it. Items are looked at on the file system only once they are shown, and never on this thread.
 void tree_setup(QTreeWidget* tree);
-
-// Called with a point on the screen when the context menu of an item is asked for, after tree_menu_item was
-// set.
-void tree_set_menu_cb(std::function<void(const QPoint& where)> fn);
 
 // The item under the last menu-button press; null when there was none or it is gone.
 QTreeWidgetItem* tree_menu_item();
