@@ -1,0 +1,220 @@
+// A scan belongs to the entry whose submenu it fills; the entry's end cancels it and waits for nothing. A
+// QMenu lays itself out anew whenever an action of a shown menu is added or changed, which thousands of
+// entries cannot bear: entries are added behind its back, a slice at a time, and what changes about an entry
+// while its menu is up (its colour, its arrow) is drawn from its state, without telling the menu.
+#include "fileops/ui/dir_menu.h"
+
+#include <QActionEvent>
+#include <QApplication>
+#include <QMainWindow>
+#include <QMouseEvent>
+#include <QProxyStyle>
+#include <QScreen>
+#include <QStyleOptionMenuItem>
+#include <QTimer>
+
+#include "core/toolkit/message.h"
+#include "dirmodel/text.h"
+#include "fileops/subdir_probe.h"
+#include "platform/desktop.h"
+#include "views/fname.h"
+#include "views/ui/base.h"
+
+namespace {
+constexpr size_t ADDED_AT_ONCE = 1000;
+constexpr QRgb UNKNOWN_COLOUR = 0xff909090;
+
+class ScrollableMenus : public QProxyStyle {
+ public:
+  explicit ScrollableMenus(const QString& base) : QProxyStyle(base) { setParent(qApp); }
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* result) const override {
+    return hint == SH_Menu_Scrollable ? 1 : QProxyStyle::styleHint(hint, option, widget, result);
+  }
+};
+
+QStyle* scrollable_style() {
+  static const QPointer<QStyle> style = new ScrollableMenus(QApplication::style()->name());
+  return style;
+}
+
+// A label is one line, whatever the name holds, and its "&" no mnemonic.
+QString entry_text(const std::string& label) {
+  QString text = QString::fromUtf8(label.c_str());
+  for (QChar& c : text)
+    if (c.category() == QChar::Other_Control) c = QLatin1Char(' ');
+  return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
+void dismiss_menus() {
+  QWidget* last = nullptr;
+  for (QWidget* popup; (popup = QApplication::activePopupWidget()) && popup != last; last = popup)
+    popup->close();
+}
+}  // namespace
+
+DirMenu::DirMenu(QWidget* parent) : QMenu(parent) {
+  setStyle(scrollable_style());
+}
+
+void DirMenu::append(const QList<QAction*>& actions) {
+  const bool shown = isVisible();
+  setAttribute(Qt::WA_WState_Visible, false);
+  addActions(actions);
+  setAttribute(Qt::WA_WState_Visible, shown);
+}
+
+void DirMenu::lay_out() {
+  if (!isVisible()) return;
+  QAction* active = activeAction();
+  QPoint at = pos();
+  const auto* parent = qobject_cast<QMenu*>(parentWidget());
+  const QRect area = screen()->availableGeometry();
+  const int width = sizeHint().width();
+  // Beside its parent on the other side, rather than over it and under the pointer.
+  if (parent && at.x() > parent->x() && at.x() + width > area.right() && parent->x() - width >= area.left())
+    at.setX(parent->x() - width);
+  popup(at);
+  if (active) setActiveAction(active);
+}
+
+void DirMenu::initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const {
+  QMenu::initStyleOption(option, action);
+  const auto* entry = dynamic_cast<const DirButton*>(action);
+  if (!entry) return;
+  if (entry->cascades()) option->menuItemType = QStyleOptionMenuItem::SubMenu;
+  if (entry->known()) return;
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    option->palette.setColor(role, QColor(UNKNOWN_COLOUR));
+}
+
+void DirMenu::actionEvent(QActionEvent* event) {
+  const bool entry = dynamic_cast<DirButton*>(event->action());
+  if (event->type() != QEvent::ActionChanged || !entry || !isVisible()) QMenu::actionEvent(event);
+}
+
+void DirMenu::mouseDoubleClickEvent(QMouseEvent* event) {
+  const QPoint at = event->globalPosition().toPoint();
+  // While a submenu is up it gets the clicks that fall on the menus behind it.
+  for (auto* menu = static_cast<QMenu*>(this); menu; menu = qobject_cast<QMenu*>(menu->parentWidget())) {
+    const QPoint local = menu->mapFromGlobal(at);
+    if (!menu->isVisible() || !menu->rect().contains(local)) continue;
+    auto* entry = dynamic_cast<DirButton*>(menu->actionAt(local));
+    if (!entry || event->button() != Qt::LeftButton) break;
+    event->accept();
+    return dtm_activate(entry, true);
+  }
+  QMenu::mouseDoubleClickEvent(event);
+}
+
+DirButton::DirButton(QMenu* menu, const std::string& path, const std::string& label, unsigned flags,
+                     dtm_choose on_choose)
+    : QAction(entry_text(label), menu), path_(path), flags_(flags), on_choose_(on_choose) {
+  connect(this, &QAction::hovered, this, [this] { arm(); });
+  connect(this, &QAction::triggered, this, [this] { dtm_activate(this, false); });
+  if (!(flags & DIR_SCAN_ROOT)) return;
+  probe_ = subdir_probe(
+      path, static_cast<int>(flags),
+      [this, menu](int result) {
+        set_known(result > 0);
+        menu->update();
+      },
+      dir_scan_look);
+}
+
+DirButton::~DirButton() {
+  subdir_probe_cancel(probe_);
+  dir_scan_cancel(scan_);
+  delete submenu_;
+}
+
+void DirButton::set_known(bool has_subdirectories) {
+  state_ = has_subdirectories ? CASCADE : PLAIN;
+  const bool scanning = scan_ && !scan_->finished;
+  if (!has_subdirectories && !scanning) drop_submenu();
+}
+
+void DirButton::arm() {
+  if (submenu_ || state_ == PLAIN) return;
+  submenu_ = new DirMenu(static_cast<QWidget*>(parent()));
+  placeholder_ = submenu_->addAction(QStringLiteral("..."));
+  placeholder_->setEnabled(false);
+  connect(submenu_, &QMenu::aboutToShow, this, [this] { start_scan(); });
+  setMenu(submenu_);
+}
+
+void DirButton::start_scan() {
+  if (scanned_) return;
+  scanned_ = true;
+  DirScanCalls calls;
+  calls.listed = [this](const DirNames& names) { listed(names); };
+  calls.looked = [this](size_t first, const std::vector<char>& has) { looked(first, has); };
+  calls.failed = [] { dtm_errinfo("Memory Allocation", "Not enough memory!"); };
+  calls.ended = [this] { scan_ = nullptr; };
+  scan_ = dir_scan_start(path_, flags_ & ~static_cast<unsigned>(DIR_SCAN_ROOT), std::move(calls));
+  if (!scan_) dtm_errinfo("Directory Scanning", "Unable to start scanning procedure!");
+}
+
+void DirButton::listed(const DirNames& names) {
+  names_ = names;
+  has_.assign(names.size(), -1);
+  if (!names.empty()) return add_some();
+  state_ = PLAIN;
+  drop_submenu();
+}
+
+void DirButton::add_some() {
+  const bool first = items_.empty();
+  QList<QAction*> actions;
+  try {
+    for (size_t i = items_.size();
+         i < names_.size() && actions.size() < static_cast<qsizetype>(ADDED_AT_ONCE); ++i) {
+      auto* item = new DirButton(submenu_, es_construct_fullpath(path_.c_str(), names_[i].c_str()),
+                                 fname_decode(names_[i].c_str()),
+                                 flags_ & ~static_cast<unsigned>(DIR_SCAN_ROOT), on_choose_);
+      if (has_[i] >= 0) item->set_known(has_[i] > 0);
+      items_.push_back(item);
+      actions.append(item);
+    }
+  } catch (const std::bad_alloc&) {
+    return dtm_errinfo("Add Item", "Can't add item '" + names_[items_.size()] + "' into the menu");
+  }
+  if (first) delete placeholder_;
+  placeholder_ = nullptr;
+  submenu_->append(actions);
+  const bool last = items_.size() == names_.size();
+  if (first || last) submenu_->lay_out();
+  if (!last) QTimer::singleShot(0, submenu_, [this] { add_some(); });
+}
+
+void DirButton::looked(size_t first, const std::vector<char>& has) {
+  for (size_t i = 0; i < has.size() && first + i < has_.size(); ++i) {
+    has_[first + i] = has[i];
+    if (first + i < items_.size()) items_[first + i]->set_known(has[i] > 0);
+  }
+  if (submenu_) submenu_->update();
+}
+
+void DirButton::drop_submenu() {
+  if (!submenu_) return;
+  DirMenu* menu = submenu_;
+  submenu_ = nullptr;
+  placeholder_ = nullptr;
+  menu->hide();
+  setMenu(nullptr);
+  menu->deleteLater();
+}
+
+void dtm_activate(DirButton* entry, bool force) {
+  if (entry->cascades() && !force) return;
+  // Asks questions, so it has to wait until the menus, which may be destroyed with the entry, are gone.
+  QTimer::singleShot(0, qApp, [choose = entry->on_choose(), path = entry->path()] { choose(path.c_str()); });
+  dismiss_menus();
+}
+
+void dtm_errinfo(const std::string& title, const std::string& message) {
+  desk_call([&] {
+    walert_open(base_window(), QString::fromUtf8(title.c_str()), QString::fromUtf8(message.c_str()), "&Close",
+                [](int) {});
+  });
+}
