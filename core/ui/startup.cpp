@@ -1,0 +1,44 @@
+#include "core/ui/startup.h"
+
+#include <sys/stat.h>
+
+#include <QApplication>
+
+#include "core/command_line.h"
+#include "core/state.h"
+#include "core/ui/exit.h"
+#include "core/ui/signals.h"
+#include "fileops/ui/slots.h"
+#include "platform/qt/desktop_qt.h"
+#include "views/ui/base.h"
+
+namespace {
+
+bool names_wayland(const std::string& server) {
+  struct stat status;
+  return server.rfind("wayland", 0) == 0 || (stat(server.c_str(), &status) == 0 && S_ISSOCK(status.st_mode));
+}
+
+}  // namespace
+
+void startup_choose_display(const CommandLine& line) {
+  if (line.server.empty()) return;
+  const bool wayland = names_wayland(line.server);
+  setenv(wayland ? "WAYLAND_DISPLAY" : "DISPLAY", line.server.c_str(), 1);
+  // The other server must not win, whatever the session says.
+  if (!wayland) unsetenv("WAYLAND_DISPLAY");
+  setenv("QT_QPA_PLATFORM", wayland ? "wayland" : "xcb", 0);
+}
+
+int startup_run(int argc, char** argv, const CommandLine& line) {
+  desktop_qt_setup();
+  state_init(argc, argv);
+  signals_attach({slot_terminate_all, signal_refresh});
+  base_create();
+  base_open(line);
+  const int status = program_ending() ? 0 : QApplication::exec();
+  base_closing();
+  desktop_qt_gone();
+  base_destroy();
+  return status;
+}

@@ -1,0 +1,213 @@
+#include "views/ui/base.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QScreen>
+#include <QStyle>
+#include <QToolButton>
+
+#include "core/command_line.h"
+#include "core/history.h"
+#include "core/state.h"
+#include "core/toolkit/fonts.h"
+#include "core/toolkit/icons.h"
+#include "core/toolkit/message.h"
+#include "core/ui/exit.h"
+#include "dirmodel/dir_record.h"
+#include "platform/desktop.h"
+#include "ui_base.h"
+#include "views/fname.h"
+#include "views/hotlist.h"
+#include "views/ui/base_wiring.h"
+#include "views/ui/file_list_parts.h"
+#include "views/ui/navigation.h"
+#include "views/ui/path_bar.h"
+#include "views/ui/status_bar.h"
+
+namespace {
+
+// Closing by the window manager is the Exit command.
+class BaseWindow : public QMainWindow {
+ protected:
+  void closeEvent(QCloseEvent* event) override {
+    event->ignore();
+    fm_exit();
+  }
+};
+
+BaseWindow* sBase = nullptr;
+Ui::base sUi;
+bool sSaved = false;
+bool sKeepTyping = false;
+
+struct ToolAction {
+  QAction* Ui::base::*action;
+  void (*handler)();
+};
+void refresh_list() {
+  fl_refresh();
+}
+const ToolAction kNavigation[] = {
+    {&Ui::base::tb_back, gm_back}, {&Ui::base::tb_forward, gm_forward},   {&Ui::base::tb_up, gm_up},
+    {&Ui::base::tb_home, gm_home}, {&Ui::base::tb_refresh, refresh_list},
+};
+
+// The toolbars' buttons get the names of their actions, their images, and what they do.
+void setup_toolbars() {
+  for (QToolBar* bar : {sUi.nav_tb, sUi.hotlist_tb, sUi.clip_tb}) {
+    bar->setContextMenuPolicy(Qt::PreventContextMenu);
+    for (QAction* action : bar->actions()) {
+      QWidget* button = bar->widgetForAction(action);
+      button->setObjectName(action->objectName());
+      button->setAccessibleName(action->text());
+      action->setIcon(icon_get(action->objectName().toLatin1()));
+    }
+  }
+  for (const ToolAction& tool : kNavigation)
+    QObject::connect(sUi.*tool.action, &QAction::triggered, sBase, [handler = tool.handler] { handler(); });
+}
+
+int sane(int value, int least, int most) {
+  return std::clamp(value, least, std::max(least, most));
+}
+
+QSize desktop_size() {
+  QScreen* screen = QGuiApplication::primaryScreen();
+  return screen ? screen->availableSize() : QSize(1024, 768);
+}
+
+bool typing_in_a_field() {
+  for (QComboBox* combo : {sUi.tb_curpath, sUi.tb_filespec})
+    if (combo->lineEdit()->hasFocus() && combo->lineEdit()->isModified()) return true;
+  return false;
+}
+
+void place_window(const CommandLine& line) {
+  QSize size = sBase->size();
+  if (line.w && *line.w > 0) size.setWidth(sane(*line.w, 1, 16384));
+  if (line.h && *line.h > 0) size.setHeight(sane(*line.h, 1, 16384));
+  sBase->resize(size);
+  if (line.x || line.y) {
+    const QPoint now = sBase->pos();
+    sBase->move(line.x.value_or(now.x()), line.y.value_or(now.y()));
+  }
+  if (line.state == 'i')
+    sBase->showMinimized();
+  else if (line.state == 'm')
+    sBase->showMaximized();
+  else
+    sBase->show();
+}
+
+}  // namespace
+
+QMainWindow* base_window() {
+  return sBase;
+}
+
+QWidget* base_find_widget(const char* name) {
+  return sBase ? sBase->findChild<QWidget*>(QString::fromLatin1(name)) : nullptr;
+}
+
+void base_create() {
+  sBase = new BaseWindow;
+  sSaved = false;
+  sUi = {};
+  sUi.setupUi(sBase);
+  sBase->setWindowIcon(icon_get("zan"));
+  setup_toolbars();
+  path_bar_setup(sUi.tb_curpath, sUi.tb_filespec);
+  sUi.tree->setFont(font_from_name(QString::fromUtf8(gConfig->tree_font)));
+  sUi.filelist->setFont(font_from_name(QString::fromUtf8(gConfig->list_font)));
+  base_wire_tree(sUi.tree);
+  tree_load(gConfigPath, "hotlist.001");
+  fl_setup(sUi.filelist);
+  base_wire_list(sUi.filelist);
+  fl_set_notify_cb(base_update);
+  base_wire_menus(sBase);
+  base_set_divider_metrics(gConfig);
+  base_set_window_metrics(gConfig);
+  show_sort_method();
+}
+
+void base_open(const CommandLine& line) {
+  place_window(line);
+  fl_setpath(gStartPath.c_str());
+  show_sort_method();
+}
+
+void base_update() {
+  if (!sBase) return;
+  status_bar_update();
+  tb_update();
+  sBase->setWindowTitle(QStringLiteral("ZAN: ") + QString::fromUtf8(fname_decode(gDir.path.c_str())));
+  if (sKeepTyping) return;
+  tb_curpath_set_text(gDir.path.c_str());
+  // Only a window that is in front already comes to the front: a refresh must not cover what the user does in
+  // another program, or a question of an operation.
+  if (sBase->isActiveWindow())
+    misc_give_focus(sUi.filelist);
+  else
+    sUi.filelist->setFocus();
+}
+
+void signal_refresh() {
+  if (base_window_closed || !sBase) return;
+  sKeepTyping = typing_in_a_field();
+  fl_refresh();
+  sKeepTyping = false;
+}
+
+void base_set_window_metrics(const Settings* record) {
+  const QSize most = desktop_size();
+  const QSize size(sane(record->window_width, 200, most.width()),
+                   sane(record->window_height, 150, most.height()));
+  sBase->resize(size);
+  const int hotlist = sane(record->hotlist_width, 96, size.width() - 120);
+  sUi.splitter->setStretchFactor(0, 0);
+  sUi.splitter->setStretchFactor(1, 1);
+  sUi.splitter->setSizes({hotlist, size.width() - hotlist - sUi.splitter->handleWidth()});
+}
+
+void base_get_window_metrics(Settings* record) {
+  record->window_width = sBase->width();
+  record->window_height = sBase->height();
+  if (!sUi.hotlist_panel->isHidden() && sUi.hotlist_panel->width() > 0)
+    record->hotlist_width = sUi.hotlist_panel->width();
+}
+
+void base_set_divider_metrics(const Settings* record) {
+  for (int i = 0; i < 6; ++i) fl_set_column_width(i + 1, record->column_width[i]);
+  if (record->hotlist_shown) return;
+  sUi.tb_hotlist->setChecked(false);
+  sUi.hotlist_panel->hide();
+}
+
+void base_get_divider_metrics(Settings* record) {
+  for (int i = 0; i < 6; ++i) record->column_width[i] = fl_get_column_width(i + 1);
+}
+
+void base_closing() {
+  if (!sBase || sSaved) return;
+  sSaved = true;
+  base_window_closed = 1;
+  if (!gConfigPath) return;
+  if (gConfig->save_on_exit) {
+    base_get_window_metrics(gConfig);
+    base_get_divider_metrics(gConfig);
+    init_save_config(gConfig, gConfigPath, "config.003");
+  }
+  init_save_cboxs(gConfigPath);
+  init_destroy_cboxs();
+  tree_save(gConfigPath, "hotlist.001");
+}
+
+void base_destroy() {
+  fl_destroy();
+  delete std::exchange(sBase, nullptr);
+}

@@ -1,0 +1,42 @@
+#include "views/ui/base_wiring.h"
+
+#include <QAction>
+#include <QMainWindow>
+
+#include "commands/ui/context_menus.h"
+#include "commands/ui/menus.h"
+#include "commands/ui/view_menu.h"
+#include "fileops/ui/clipboard.h"
+#include "fileops/ui/edit_menu.h"
+#include "views/ui/file_list_hooks.h"
+#include "views/ui/file_list_view.h"
+#include "views/ui/hotlist_menu.h"
+#include "views/ui/tree_pane.h"
+
+namespace {
+
+void connect_tool(QMainWindow* window, const char* name, void (*handler)()) {
+  if (auto* action = window->findChild<QAction*>(QString::fromLatin1(name)))
+    QObject::connect(action, &QAction::triggered, window, [handler] { handler(); });
+}
+
+}  // namespace
+
+void base_wire_tree(QTreeWidget* tree) {
+  tree_setup(tree);
+}
+
+void base_wire_list(FileListView*) {
+  gFileListHooks.refresh_cut = file_get_cut_files;
+  gFileListHooks.is_cut = file_is_cut;
+  gFileListHooks.context_menu = list_cmenu_open;
+}
+
+void base_wire_menus(QMainWindow* window) {
+  menus_create(window);
+  connect_tool(window, "tb_add", hm_add);
+  connect_tool(window, "tb_hotlist", vm_hotlist_toggle);
+  connect_tool(window, "tb_cut", em_cut);
+  connect_tool(window, "tb_copy", em_copy);
+  connect_tool(window, "tb_paste", em_paste);
+}

@@ -1,0 +1,3 @@
+#include "views/ui/file_list_hooks.h"
+
+FileListHooks gFileListHooks;

@@ -1,0 +1,179 @@
+// Reading the directory again. dir_read lets events run, so anything may be asked for in the middle of it:
+// input to the main window is taken away, but Escape and every way of going elsewhere give the reading up at
+// once; a refresh that comes meanwhile is done once more afterwards; closing waits until the reading has
+// unwound.
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMainWindow>
+#include <QTimer>
+#include <QToolButton>
+#include <QWidget>
+
+#include "core/toolkit/message.h"
+#include "dirmodel/dir_read.h"
+#include "dirmodel/dir_sort.h"
+#include "platform/desktop.h"
+#include "views/find.h"
+#include "views/ui/base.h"
+#include "views/ui/file_list_parts.h"
+#include "views/ui/navigation.h"
+
+namespace {
+
+constexpr int kLongReadingMs = 300;  // until then nothing shows that a reading is going on
+
+bool sReading = false, sRefreshAgain = false;
+std::function<void()> sAfter;
+std::string sLastPath;  // of the last refresh
+
+// Takes the input of the main window for as long as it stands.
+class ReadingGuard : public QObject {
+ public:
+  explicit ReadingGuard(QMainWindow* window) : window_(window) {
+    sReading = true;
+    fl_show_reading(false);
+    qApp->installEventFilter(this);
+    long_.setSingleShot(true);
+    connect(&long_, &QTimer::timeout, this, [this] { show_busy(); });
+    long_.start(kLongReadingMs);
+  }
+  ~ReadingGuard() override {
+    qApp->removeEventFilter(this);
+    if (busy_) misc_block(window_, 0);
+    sReading = false;
+    if (close_wanted_) QMetaObject::invokeMethod(window_, &QWidget::close, Qt::QueuedConnection);
+  }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  bool is_ours(QObject* object) const {
+    auto* widget = qobject_cast<QWidget*>(object);
+    return widget && window_ && widget->window() == window_;
+  }
+
+  // The busy cursor would only flicker when every short reading showed it.
+  void show_busy() {
+    fl_show_reading(true);
+    if (!window_) return;
+    busy_ = true;
+    misc_block(window_, 1);
+    qApp->removeEventFilter(this);
+    qApp->installEventFilter(this);  // in front of the block's own again
+  }
+
+  void press_key(QKeyEvent* key) {
+    const bool alt = key->modifiers() & Qt::AltModifier;
+    if (key->key() == Qt::Key_Escape) dir_read_cancel();
+    if (key->key() == Qt::Key_Backspace && !key->modifiers()) gm_up();
+    if (key->key() == Qt::Key_F6) gm_home();
+    if (key->key() == Qt::Key_Left && alt) gm_back();
+    if (key->key() == Qt::Key_Right && alt) gm_forward();
+  }
+
+  // The toolbar's way of going elsewhere. A sheet may lie over the button, so the place tells.
+  void press_button(QMouseEvent* mouse) {
+    static const char* const names[] = {"tb_back", "tb_forward", "tb_up", "tb_home"};
+    for (const char* name : names) {
+      auto* button = base_find<QToolButton>(name);
+      if (!button || !button->isEnabled() || !button->isVisible()) continue;
+      if (button->rect().contains(button->mapFromGlobal(mouse->globalPosition().toPoint()))) button->click();
+    }
+  }
+
+  QMainWindow* window_;
+  QTimer long_;
+  bool busy_ = false, close_wanted_ = false;
+};
+
+bool ReadingGuard::eventFilter(QObject* object, QEvent* event) {
+  switch (event->type()) {
+    case QEvent::Close:
+      if (object != window_) return false;
+      close_wanted_ = true;
+      dir_read_cancel();
+      event->ignore();
+      return true;
+    case QEvent::KeyPress:
+      if (!is_ours(object)) return false;
+      press_key(static_cast<QKeyEvent*>(event));
+      return true;
+    case QEvent::MouseButtonPress:
+      if (!is_ours(object)) return false;
+      press_button(static_cast<QMouseEvent*>(event));
+      return true;
+    case QEvent::ShortcutOverride:  // accepted, it comes as a key press next
+      if (!is_ours(object)) return false;
+      event->accept();
+      return true;
+    case QEvent::Shortcut:
+    case QEvent::KeyRelease:
+    case QEvent::InputMethod:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::Wheel:
+    case QEvent::ContextMenu:
+    case QEvent::DragEnter:
+    case QEvent::DragMove:
+    case QEvent::Drop:
+      return is_ours(object);
+    default:
+      return false;
+  }
+}
+
+std::string first_selected_name() {
+  if (gDir.sel_count <= 0) return {};
+  for (int i = 0; i < gDir.count; ++i)
+    if (gDir.entries[i]->flags & ENTRY_SELECTED) return gDir.entries[i]->name;
+  return {};
+}
+
+void run_what_waited() {
+  if (std::function<void()> after = std::exchange(sAfter, {})) {
+    sRefreshAgain = false;
+    QTimer::singleShot(0, fl_view(), after);
+  } else if (std::exchange(sRefreshAgain, false)) {
+    QTimer::singleShot(0, fl_view(), [] { fl_refresh(); });
+  }
+}
+
+}  // namespace
+
+bool fl_reading() {
+  return sReading;
+}
+
+void fl_after_reading(std::function<void()> fn) {
+  sAfter = std::move(fn);
+  dir_read_cancel();
+}
+
+int fl_refresh() {
+  if (!fl_view()) return -1;
+  if (sReading) {
+    sRefreshAgain = true;
+    return 0;
+  }
+  std::string keep;
+  if (gDir.path == sLastPath)
+    keep = first_selected_name();
+  else
+    sLastPath = gDir.path;
+  int result;
+  {
+    ReadingGuard guard(base_window());
+    fl_timer_disable();
+    result = dir_read(&gDir, sSortFunction, sSortOrder);
+  }
+  gDir.sel_count = gDir.sel_dir_count = 0;
+  fl_update();
+  if (!keep.empty())
+    fl_goto(keep.c_str(), 0, FIND_EXACT);
+  else
+    fl_goto_index(-1);
+  desk_status(1, "");
+  run_what_waited();
+  return result;
+}

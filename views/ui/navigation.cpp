@@ -1,0 +1,175 @@
+#include "views/ui/navigation.h"
+
+#include <dirent.h>
+
+#include <QMainWindow>
+
+#include <cstdlib>
+#include <list>
+#include <memory>
+#include <string>
+
+#include "core/toolkit/message.h"
+#include "dirmodel/dir_record.h"
+#include "dirmodel/fs_probe.h"
+#include "dirmodel/text.h"
+#include "views/find.h"
+#include "views/fname.h"
+#include "views/ui/base.h"
+#include "views/ui/file_list.h"
+#include "views/ui/file_list_parts.h"
+#include "views/ui/path_bar.h"
+
+namespace {
+
+constexpr size_t kDepth = 10;
+using PathStack = std::list<std::string>;  // the top in front
+PathStack sBackward, sForward;
+
+void x_history_push(PathStack* stack, const std::string& path) {
+  if (path.empty() || (!stack->empty() && stack->front() == path)) return;
+  stack->push_front(path);
+  if (stack->size() > kDepth) stack->pop_back();
+}
+
+// Opening can hang as any other call on a file system that does.
+bool opens(const std::string& path) {
+  auto opened = std::make_shared<bool>(false);
+  fs_bounded([path, opened] {
+    if (DIR* stream = opendir(path.c_str())) {
+      closedir(stream);
+      *opened = true;
+    }
+  });
+  return *opened;
+}
+
+// The cleaned path; empty, after its message, when it cannot be shown, or silently when it is the current
+// one.
+std::string x_check_path(const char* text) {
+  std::string path = text ? text : "";
+  es_strip_pathname(&path);
+  if (path == gDir.path) return {};
+  const int links = fs_path_is_directory(path.c_str());
+  const char* message = links < 0      ? "Directory '%s', not found"
+                        : links == 0   ? "Path '%s' not found"
+                        : !opens(path) ? "Cannot access directory '%s'"
+                                       : nullptr;
+  if (!message) return path;
+  wreport(base_window(), "Error", message, fname_decode(path.c_str()));
+  return {};
+}
+
+// A way of going elsewhere that is chosen while a directory is read gives that reading up, and is gone when
+// it has unwound.
+template <class Fn>
+bool put_off(Fn fn) {
+  if (!fl_reading()) return false;
+  fl_after_reading(fn);
+  return true;
+}
+
+std::string parent_path(std::string path) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos || slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string last_component(std::string path) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path.substr(path.rfind('/') + 1);
+}
+
+}  // namespace
+
+int fl_setpath(const char* path) {
+  const std::string text = path ? path : "";
+  if (put_off([text] { fl_setpath(text.c_str()); })) return 0;
+  const std::string checked = x_check_path(text.c_str());
+  if (checked.empty()) return -1;
+  gDir.path = checked;
+  fl_refresh();
+  return 0;
+}
+
+int fl_newpath(const char* path) {
+  const std::string text = path ? path : "";
+  if (put_off([text] { fl_newpath(text.c_str()); })) return 0;
+  const std::string previous = gDir.path;
+  const std::string checked = x_check_path(text.c_str());
+  if (checked.empty()) return -1;
+  sForward.clear();
+  x_history_push(&sBackward, previous);
+  gDir.path = checked;
+  fl_refresh();
+  return 0;
+}
+
+void fl_up() {
+  if (put_off([] { fl_up(); })) return;
+  if (gDir.path == "/" || gDir.path.empty()) return;
+  const std::string left = last_component(gDir.path);
+  if (fl_newpath(parent_path(gDir.path).c_str()) != 0) return;
+  fl_goto(left.c_str(), 0, FIND_EXACT);
+  fl_select_index(gDir.current);
+}
+
+void fl_down() {
+  if (gDir.current == -1) return fl_up();
+  if (gDir.current < 0 || gDir.current >= gDir.count) return;
+  fl_newpath(fl_get_fullpath(gDir.current).c_str());
+}
+
+void fl_back() {
+  if (put_off([] { fl_back(); })) return;
+  if (sBackward.empty()) return;
+  x_history_push(&sForward, gDir.path);
+  const std::string path = sBackward.front();
+  sBackward.pop_front();
+  fl_setpath(path.c_str());
+  tb_update();
+}
+
+void fl_forward() {
+  if (put_off([] { fl_forward(); })) return;
+  x_history_push(&sBackward, gDir.path);
+  if (!sForward.empty()) {
+    const std::string path = sForward.front();
+    sForward.pop_front();
+    fl_setpath(path.c_str());
+  }
+  tb_update();
+}
+
+int fl_get_back_count() {
+  return int(sBackward.size());
+}
+
+int fl_get_forward_count() {
+  return int(sForward.size());
+}
+
+int fl_setspec(const char* spec) {
+  const std::string wanted = spec && *spec ? spec : "*";
+  if (wanted == gDir.filespec) return -1;
+  if (put_off([wanted] { fl_setspec(wanted.c_str()); })) return 0;
+  gDir.filespec = wanted;
+  if (!gDir.path.empty()) fl_refresh();
+  return 0;
+}
+
+void gm_home() {
+  if (const char* home = getenv("HOME")) fl_newpath(home);
+}
+
+void gm_back() {
+  fl_back();
+}
+
+void gm_forward() {
+  fl_forward();
+}
+
+void gm_up() {
+  fl_up();
+}
