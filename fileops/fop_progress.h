@@ -38,7 +38,8 @@ void fop_item_done(fop_request* request, const char* dir, const char* name);
 // Tells what was noted so far.
 void fop_tell_done(fop_request* request);
 
-// Shortens a line of a label and a path in place for display, and returns it.
+// Shortens a line of a label and a path in place for display, and returns it. The buffer has room for two
+// more bytes than the line.
 char* fop_shorten_line(char* line);
 // The texts of a slot's widgets, from its record: lines as UTF-8, shortened.
 std::string fop_from_line(const fop_info& info);

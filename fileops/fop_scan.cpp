@@ -1,0 +1,235 @@
+#include "fileops/fop_scan.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "fileops/alloc_list.h"
+#include "fileops/fop_move.h"
+#include "fileops/fop_path.h"
+#include "fileops/fop_progress.h"
+#include "views/fname.h"
+
+namespace {
+enum class Scan { next, abort };
+
+struct ScanItem {
+  fop_request* request;
+  int32_t group, index;
+  int dir;  // the group's directory, opened
+  std::string path;
+  struct stat status;
+  bool followed;
+
+  fop_group& list() const { return *request->groups[group]; }
+  char*& name() const { return list().names[index]; }
+  // An item that no later pass is to look at.
+  void drop() const { name()[0] = '\0', list().kept = true; }
+};
+
+Scan out_of_memory() {
+  fop_ENOMEM();
+  return Scan::abort;
+}
+
+// Asks "&Continue|&Abort" with the path and the error's text.
+Scan report(const ScanItem& item, const char* title, const char* format_head, const char* format_tail) {
+  const int error = errno;
+  const std::string shown = fname_decode(item.path.c_str());
+  const int answer = fop_alert(item.request, title, "&Continue|&Abort", "%s'%s'%s\n%s\n", format_head,
+                               shown.c_str(), format_tail, strerror(error));
+  return answer == 2 ? Scan::abort : Scan::next;
+}
+
+Scan stat_failed(const ScanItem& item) {
+  const Scan answer = report(item, "File Scan", "Unable to stat ", "");
+  if (answer == Scan::next) item.drop();
+  return answer;
+}
+
+// Whether a type can be told without a status call: only a delete has no use for sizes.
+bool known_type(const ScanItem& item, mode_t* type) {
+  if (item.request->kind != FOP_DELETE) return false;
+  const uint8_t told = item.list().types[item.index];
+  if (told == DT_UNKNOWN) return false;
+  *type = DTTOIF(told);
+  return true;
+}
+
+// The item's status, without following a link.
+int take_status(ScanItem* item) {
+  mode_t type;
+  std::memset(&item->status, 0, sizeof item->status);
+  if (known_type(*item, &type)) return item->status.st_mode = type, 0;
+  if (item->request->kind != FOP_DELETE && item->path.size() > FOP_PATH_MAX) return errno = ENAMETOOLONG, -1;
+  return fstatat(item->dir, item->name(), &item->status, AT_SYMLINK_NOFOLLOW);
+}
+
+// The once-asked question what a copy or move does with links.
+Scan settle_links(fop_request* request) {
+  if (request->flags & (FOP_FOLLOW_LINKS | FOP_COPY_LINKS)) return Scan::next;
+  const bool move = request->kind == FOP_MOVE;
+  const int answer =
+      fop_alert(request, move ? "Move" : "Copy", "&Files|@&Links|#&Abort",
+                "Symbolic links detected in the file list\nWhat do you want to %s ?", move ? "move" : "copy");
+  if (answer != 1 && answer != 2) return Scan::abort;
+  request->flags |= answer == 1 ? FOP_FOLLOW_LINKS : FOP_COPY_LINKS;
+  return Scan::next;
+}
+
+// A followed link that leads back above itself would be listed without end.
+bool leads_above(const ScanItem& item, fop_identity identity) {
+  for (int32_t g = item.group; g > 0; g = item.request->groups[g]->parent)
+    if (item.request->groups[g]->source == identity) return true;
+  struct stat top;
+  return fstatat(AT_FDCWD, item.request->groups[0]->dir, &top, 0) == 0 && fop_identity_of(top) == identity;
+}
+
+struct DirStream {
+  DIR* dir = nullptr;
+  ~DirStream() {
+    if (dir) closedir(dir);
+  }
+};
+
+// Registers every name of the directory; types get what the directory told of each.
+Scan read_names(const ScanItem& item, DIR* dir, std::vector<uint8_t>* types) {
+  fop_request* request = item.request;
+  for (;;) {
+    if (fop_cancelled(request)) return Scan::abort;
+    errno = 0;
+    const dirent* entry = readdir(dir);
+    if (!entry) break;
+    const char* name = entry->d_name;
+    if (name[0] == '.' && (!name[1] || (name[1] == '.' && !name[2]))) continue;
+    char* copy = strdup(name);
+    if (!alloc_add(request->mem, copy)) {
+      std::free(copy);
+      return out_of_memory();
+    }
+    types->push_back(entry->d_type);
+    ++request->total_items;
+    fop_update_info(request, "Scanning", nullptr, nullptr, nullptr, nullptr, FOP_PERCENT_KEEP, FOP_TIME_KEEP);
+  }
+  if (errno == 0) return Scan::next;
+  return report(item, "Dir Reading", "Unable to read ", " directory");
+}
+
+template <typename T>
+T* registered(fop_request* request, size_t count) {
+  void* block = std::calloc(std::max<size_t>(count, 1), sizeof(T));
+  if (!alloc_add(request->mem, block)) {
+    std::free(block);
+    return nullptr;
+  }
+  return static_cast<T*>(block);
+}
+
+bool append_group(fop_request* request, fop_group* group) {
+  if (request->ngroups == request->groups_capacity) {
+    const int32_t capacity = request->groups_capacity * 2 + 16;
+    void* grown = alloc_realloc(request->mem, request->groups, capacity * sizeof(fop_group*));
+    if (!grown) return false;
+    request->groups = static_cast<fop_group**>(grown);
+    request->groups_capacity = capacity;
+  }
+  request->groups[request->ngroups++] = group;
+  return true;
+}
+
+// The names registered since first become the names of a new group: the registry is the scratch list, so that
+// they cost no second one.
+bool make_group(const ScanItem& item, char* path, int32_t first, const std::vector<uint8_t>& types,
+                fop_identity identity) {
+  fop_request* request = item.request;
+  const size_t count = types.size();
+  char** names = registered<char*>(request, count);
+  uint8_t* kinds = registered<uint8_t>(request, count);
+  fop_group* group = registered<fop_group>(request, 1);
+  if (!names || !kinds || !group) return false;
+  std::copy_n(reinterpret_cast<char**>(request->mem->items) + first, count, names);
+  std::copy(types.begin(), types.end(), kinds);
+  group->dir = path;
+  group->count = static_cast<int32_t>(count);
+  group->names = names;
+  group->types = kinds;
+  group->parent = item.group;
+  group->index = item.index;
+  group->source = identity;
+  group->through_link = item.followed || item.list().through_link;
+  return append_group(request, group);
+}
+
+Scan scan_directory(const ScanItem& item) {
+  fop_request* request = item.request;
+  char* path = strdup(item.path.c_str());
+  if (!alloc_add(request->mem, path)) {
+    std::free(path);
+    return out_of_memory();
+  }
+  const int32_t first = request->mem->count;
+  fop_fd fd(openat(item.dir, item.name(),
+                   O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | (item.followed ? 0 : O_NOFOLLOW)));
+  struct stat opened;
+  DirStream stream;
+  if (fd && fstat(fd.get(), &opened) == 0) stream.dir = fdopendir(fd.get());
+  if (!stream.dir) return report(item, "Dir Reading", "Unable to open ", " directory");
+  fd.release();
+  const fop_identity identity = fop_identity_of(opened);
+  if (item.followed && leads_above(item, identity)) return errno = ELOOP, stat_failed(item);
+  if (request->kind != FOP_DELETE && std::find(request->dest_chain.begin(), request->dest_chain.end(),
+                                               identity) != request->dest_chain.end()) {
+    fop_refuse_itself(request);
+    return Scan::abort;
+  }
+  std::vector<uint8_t> types;
+  if (read_names(item, stream.dir, &types) == Scan::abort) return Scan::abort;
+  return make_group(item, path, first, types, identity) ? Scan::next : out_of_memory();
+}
+
+Scan scan_item(ScanItem* item) {
+  fop_request* request = item->request;
+  item->path = _build_path(item->list().dir, item->name());
+  item->followed = false;
+  if (take_status(item) != 0) return stat_failed(*item);
+  if (request->kind != FOP_DELETE && S_ISLNK(item->status.st_mode)) {
+    if (settle_links(request) == Scan::abort) return Scan::abort;
+    if (request->flags & FOP_FOLLOW_LINKS) {
+      if (fstatat(item->dir, item->name(), &item->status, 0) != 0) return stat_failed(*item);
+      item->followed = true;
+    }
+  }
+  const mode_t mode = item->status.st_mode;
+  if (!S_ISREG(mode) && !S_ISFIFO(mode) && !S_ISLNK(mode) && !S_ISDIR(mode)) return item->drop(), Scan::next;
+  item->list().types[item->index] = IFTODT(mode);
+  request->total_bytes += item->status.st_size;
+  return S_ISDIR(mode) ? scan_directory(*item) : Scan::next;
+}
+}  // namespace
+
+int fop_build_filelist(fop_request* request) {
+  for (int32_t g = 0; g < request->ngroups; ++g) {
+    const fop_fd dir = fop_open_source(*request, g);
+    const int error = errno;
+    ScanItem item{request, g, 0, dir.get(), {}, {}, false};
+    for (int32_t i = 0; i < request->groups[g]->count; ++i) {
+      item.index = i;
+      if (!item.name()[0]) continue;
+      if (fop_cancelled(request)) return -1;
+      if (dir) {
+        if (scan_item(&item) == Scan::abort) return -1;
+        continue;
+      }
+      item.path = _build_path(item.list().dir, item.name());
+      errno = error;
+      if (stat_failed(item) == Scan::abort) return -1;
+    }
+  }
+  return 0;
+}
