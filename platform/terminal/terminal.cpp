@@ -139,14 +139,19 @@ void desk_post(std::function<void()> fn) {
 int desk_alert(const std::string& title, const std::string& message, const std::string& buttons) {
   const ButtonList list = button_list_parse(buttons);
   TerminalAlert alert{title, message, buttons, list.escape_button};
-  std::lock_guard lock(sAlertMutex);
-  if (!sEnded) {
-    if (sAnswersUsed < sTerminal.answers.size())
-      alert.answer = sTerminal.answers[sAnswersUsed++];
-    else if (sTerminal.ask)
-      alert.answer = ask_on_terminal(alert, list);
+  {
+    std::lock_guard lock(sAlertMutex);
+    if (!sEnded) {
+      if (sAnswersUsed < sTerminal.answers.size())
+        alert.answer = sTerminal.answers[sAnswersUsed++];
+      else if (sTerminal.ask)
+        alert.answer = ask_on_terminal(alert, list);
+    }
+    const int count = static_cast<int>(list.labels.size());
+    if (alert.answer < 1 || alert.answer > count) alert.answer = list.escape_button;
   }
   if (sTerminal.on_alert) sTerminal.on_alert(alert);
+  std::lock_guard lock(sAlertMutex);
   sAlerts.push_back(alert);
   return alert.answer;
 }

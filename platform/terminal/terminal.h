@@ -21,7 +21,7 @@ struct Terminal {
   // The answer to every question for a shorter name; empty: "Skip".
   std::string long_name;
   // Told what happens, if set. on_alert runs on the asking thread, before its answer is used, and may change
-  // it.
+  // it; it may wait, and is called for several workers at once.
   std::function<void(TerminalAlert&)> on_alert;
   std::function<void(const fop_info&)> on_refresh;
   std::function<void(int pane, const std::string& text)> on_status;
