@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <cstring>
 
 #include "core/toolkit/alert.h"
 #include "platform/desktop.h"
@@ -10,34 +11,34 @@
 #include "views/fname.h"
 
 namespace {
-constexpr int sOldNameMost = 255;  // bytes of the old name that are shown
 enum : int { sSkip = 1, sRename = 2 };
 
-// Where the last whole character that fits into most bytes ends.
-size_t long_filename_end(const std::string& name, size_t most) {
-  if (name.size() <= most) return name.size();
-  size_t end = most;
-  while (end > 0 && most - end < 3 && (name[end] & 0xc0) == 0x80) --end;
-  return (name[end] & 0xc0) == 0x80 ? most : end;  // stray continuation bytes: no character to keep whole
+// Bytes of the name that the shown text stands for.
+size_t long_filename_bytes(const QString& text) {
+  const QByteArray utf8 = text.toUtf8();
+  const char* name = fname_encode(utf8.constData());
+  return name != nullptr ? std::strlen(name) : static_cast<size_t>(utf8.size());
 }
 
-// The bytes that the shown text stands for; null when it cannot be written.
-const char* long_filename_bytes(const QString& text) {
-  return fname_encode(text.toUtf8().constData());
+// Takes whole characters off in front of cursor until the name is short enough. True when it took any.
+bool long_filename_trim(QString* text, int* cursor) {
+  const QString before = *text;
+  while (*cursor > 0 && long_filename_bytes(*text) > LONG_FILENAME_MOST) {
+    const int units = *cursor > 1 && (*text)[*cursor - 1].isLowSurrogate() ? 2 : 1;
+    text->remove(*cursor - units, units);
+    *cursor -= units;
+  }
+  return *text != before;
 }
 }  // namespace
 
-std::string long_filename_cut(const std::string& name) {
-  return name.substr(0, long_filename_end(name, LONG_FILENAME_MOST));
-}
-
-LongFilenameDialog::LongFilenameDialog(const std::string& oldfile, const std::string& proposal,
-                                       std::function<void(const std::string*)> answered)
-    : ui_(new Ui::long_filename_dlg),
-      oldfile_(oldfile.substr(0, long_filename_end(oldfile, sOldNameMost))),
-      newfile_(long_filename_cut(proposal)),
-      answered_(std::move(answered)) {
+LongFilenameDialog::LongFilenameDialog(const QString& oldfile, const QString& proposal,
+                                       std::function<void(const QString*)> answered)
+    : ui_(new Ui::long_filename_dlg), newfile_(proposal), answered_(std::move(answered)) {
+  int end = static_cast<int>(newfile_.size());
+  long_filename_trim(&newfile_, &end);
   ui_->setupUi(this);
+  ui_->long_filename_oldname->setText(oldfile);
   connect(ui_->long_filename_newname, &QLineEdit::textEdited, this, [this] { limit_bytes(); });
   connect(ui_->long_filename_rename, &QPushButton::clicked, this, [this] { long_filename_rename(); });
   connect(ui_->long_filename_skip, &QPushButton::clicked, this, &QDialog::reject);
@@ -49,30 +50,19 @@ LongFilenameDialog::~LongFilenameDialog() {
 }
 
 void LongFilenameDialog::long_filename_setup() {
-  ui_->long_filename_oldname->setText(QString::fromUtf8(fname_decode(oldfile_.c_str())));
   ui_->long_filename_oldname->setCursorPosition(0);
-  proposal_shown_ = QString::fromUtf8(fname_decode(newfile_.c_str()));
   QLineEdit* field = ui_->long_filename_newname;
-  field->setText(proposal_shown_);
+  field->setText(newfile_);
   field->setMinimumWidth(field->fontMetrics().averageCharWidth() * (LONG_FILENAME_MOST + 6));
   field->setFocus();
 }
 
-// What does not fit is taken off behind the cursor, so that a name pasted into the middle loses its own end.
+// What does not fit is taken off at the cursor, so that a name pasted into the middle loses its own end.
 void LongFilenameDialog::limit_bytes() {
   QLineEdit* field = ui_->long_filename_newname;
   QString text = field->text();
   int cursor = field->cursorPosition();
-  const auto too_long = [&] {
-    const char* bytes = long_filename_bytes(text);
-    return (bytes != nullptr ? std::string(bytes).size() : text.toUtf8().size()) > LONG_FILENAME_MOST;
-  };
-  if (!too_long()) return;
-  while (cursor > 0 && too_long()) {
-    const int units = cursor > 1 && text[cursor - 1].isLowSurrogate() ? 2 : 1;
-    text.remove(cursor - units, units);
-    cursor -= units;
-  }
+  if (!long_filename_trim(&text, &cursor)) return;
   desk_bell();
   field->setText(text);
   field->setCursorPosition(cursor);
@@ -80,11 +70,7 @@ void LongFilenameDialog::limit_bytes() {
 
 void LongFilenameDialog::long_filename_rename() {
   const QString text = ui_->long_filename_newname->text();
-  if (!text.isEmpty() && text != proposal_shown_) {  // the proposal's own bytes may be no text at all
-    const char* bytes = long_filename_bytes(text);
-    if (bytes == nullptr) return desk_bell();
-    newfile_ = long_filename_cut(bytes);
-  }
+  if (!text.isEmpty()) newfile_ = text;
   do_rename_ = true;
   accept();
 }
@@ -111,10 +97,10 @@ void LongFilenameDialog::answer() {
 
 bool desk_long_name(const std::string& old_name, std::string* new_name) {
   auto chosen = std::make_shared<std::string>();
-  const std::string proposal = new_name->empty() ? old_name : *new_name;
-  const auto open = [old_name, proposal, chosen](std::function<void(int)> answered) {
-    auto* dialog = new LongFilenameDialog(old_name, proposal, [chosen, answered](const std::string* newfile) {
-      if (newfile != nullptr) *chosen = *newfile;
+  const QString shown = QString::fromStdString(old_name), proposal = QString::fromStdString(*new_name);
+  const auto open = [shown, proposal, chosen](std::function<void(int)> answered) {
+    auto* dialog = new LongFilenameDialog(shown, proposal, [chosen, answered](const QString* newfile) {
+      if (newfile != nullptr) *chosen = newfile->toStdString();
       answered(newfile != nullptr ? sRename : sSkip);
     });
     alert_open(dialog, nullptr, Qt::NonModal);

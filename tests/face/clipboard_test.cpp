@@ -144,7 +144,7 @@ TEST(Clipboard, WhatSomebodyElsePutThereSinceIsNeverOverwritten) {
     for (const char* last : {"0", "2"}) {
       clipboard_put(numbered(3), true);
       file_get_cut_files();
-      file_uncut("/d", {"1"});
+      file_uncut("/d", std::vector<std::string>{"1"});
       put_foreign(entries);
       const QMimeData* standing = board()->mimeData();
       EXPECT_EQ(file_uncut("/d", last), 1);
