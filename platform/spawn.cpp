@@ -24,7 +24,7 @@ struct SpawnPlan {
   std::vector<std::string> candidates;  // in the order to try them
   std::vector<char*> argv;
   std::vector<char*> script_argv;  // the same run by the shell: a script without a first line "#!"
-  int output = -1;                 // the child's standard output; -1: ours
+  int output = -1;                 // the child's standard output, in a process group of its own; -1: ours
 };
 
 struct SpawnNote {
@@ -68,6 +68,7 @@ void spawn_tell(int fd, int kind, int value) {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
+  if (plan.output >= 0) setpgid(0, 0);
   if (plan.output == STDOUT_FILENO) fcntl(STDOUT_FILENO, F_SETFD, 0);
   if (plan.output > STDOUT_FILENO) dup2(plan.output, STDOUT_FILENO);
   close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
@@ -173,7 +174,7 @@ bool host_first_line(const std::string& command, size_t limit, int timeout_ms, s
     open = wait_readable(output[0], end) && read(output[0], &byte, 1) == 1;
     if (open) line->push_back(byte);
   }
-  if (pid > 0 && line->empty() && milliseconds_until(end) == 0) kill(pid, SIGKILL);
+  if (pid > 0 && line->empty() && milliseconds_until(end) == 0) kill(-pid, SIGKILL);
   close(output[0]);
   return !line->empty();
 }

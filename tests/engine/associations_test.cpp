@@ -1,0 +1,305 @@
+#include "commands/associations.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "commands/enabling.h"
+#include "platform/terminal/terminal.h"
+#include "tests/support/shown_dir.h"
+#include "tests/support/stand_ins.h"
+
+namespace {
+using Call = StandIns::Call;
+const char kFile[] = "associate.003";
+const std::string kHeaderLine =
+    "# <pattern[|pattern[..]]> \\t <open_command> \\t <view_command> \\t <edit command>\n";
+
+void read_text(const std::string& text) {
+  static const TempDir dir;  // its end leaves the directory that is shown
+  write_file(dir / kFile, text);
+  init_read_associations(dir.path().c_str(), kFile);
+}
+
+std::string table_text() {
+  std::string text;
+  for (int i = 0; i < apat_ctr; ++i) text += as_line(*apat[i]) + "\n";
+  return text;
+}
+
+// The message and exit status of a start with this file; status 0 when it goes on.
+std::pair<std::string, int> start_with(const std::string& text) {
+  const TempDir dir;
+  write_file(dir / kFile, text);
+  const pid_t pid = fork();
+  if (pid == 0) {
+    terminal_start().on_alert = [&](TerminalAlert& alert) {
+      write_file(dir / "said", alert.title + ": " + alert.message + " " + alert.buttons);
+    };
+    init_read_associations(dir.path().c_str(), kFile);
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(pid, &status, 0);
+  return {read_file(dir / "said"), WIFEXITED(status) ? WEXITSTATUS(status) : -1};
+}
+}  // namespace
+
+TEST(Associations, DefaultsStandInWhenThereIsNoFile) {
+  const ShownDir dir;
+  write_file(kFile, "*.x\tone\n");  // in the current directory, which no settings directory means
+  const TempDir empty;
+  for (const char* settings : {empty.path().c_str(), static_cast<const char*>(nullptr)}) {
+    init_read_associations(settings, kFile);
+    EXPECT_EQ(apat_ctr, 10);
+    EXPECT_EQ(apat_max, 10);
+    EXPECT_EQ(table_text(),
+              "*.[ch]\tkored\tkored -r\tkored\n"
+              "[Mm]akefile\tconwin -z make -f @\tkored\tkored\n"
+              "*.txt\tkored\tkored -r\tkored\n"
+              "*.core\tconwin -z corescan @\t\t\n"
+              "^*.jpg|*.jpeg|*.gif|*.bmp\timgshow\t\timgshow\n"
+              "^*.html|*.htm\troamer -u file://$PWD/@\troamer -u file://$PWD/@\t\n"
+              "^*.rm|*.rm|*.ram|*.smi|*.smil\tstreamplay\tstreamplay\t\n"
+              "^*.wav|*.aif|*.aiff\tmediaplay\tmediaplay\t\n"
+              "^*.mpeg|*.mp[123agv]|*.au|*.iff\tmediaplay\tmediaplay\t\n"
+              "^*.ttf|*.pfr|*.vrf|*.ffs\tcp $PWD/@ /usr/vireon/font\t\t\n");
+  }
+  EXPECT_FALSE(path_exists(empty / kFile));
+}
+
+TEST(Associations, ReadsWhatStandsInTheFile) {
+  const std::string fill(1016, 'f');
+  const struct {
+    std::string text, table;
+  } rows[] = {
+      {kHeaderLine, ""},
+      {"", ""},
+      {"*.a\t\n", "*.a\t\t\t\n"},
+      {"*.a\to\tv\te\tfifth\tsixth", "*.a\to\tv\te\n"},  // no newline at the end
+      {"# no\n*.a\to\n#no\n*.b\t\tv\n", "*.a\to\t\t\n*.b\t\tv\t\n"},
+      {std::string("*.a\to\0lost\tv\n", 12), "*.a\to\t\t\n"},
+      {"\t\t\t\n", "\t\t\t\n"},
+      // 1023 bytes are one reading; what follows is a line of its own.
+      {"*.a\to" + fill + "\t\tb\tp\n", "*.a\to" + fill + "\t\t\nb\tp\t\t\n"},
+  };
+  for (const auto& row : rows) {
+    read_text(row.text);
+    EXPECT_EQ(table_text(), row.table) << row.text;
+  }
+}
+
+TEST(Associations, GrowsByTen) {
+  std::string text;
+  for (int i = 0; i < 100; ++i) {
+    text += "*." + std::to_string(i) + "\to\n";
+    read_text(text);
+    ASSERT_EQ(apat_ctr, i + 1);
+    EXPECT_EQ(apat_max, (i + 1) / 10 * 10 + 10);
+    EXPECT_EQ(apat.size(), static_cast<size_t>(apat_max));
+  }
+}
+
+TEST(Associations, AFaultyLineEndsTheProgramWithItsNumber) {
+  const struct {
+    std::string text;
+    int line;
+  } rows[] = {
+      {"\n", 1},
+      {kHeaderLine + "*.a\to\n# more\nno tab\n*.b\to\n", 2},
+      {"*.a\to\n\n", 2},
+      {"*.a\to\n" + std::string("*.b\0\to\n", 7), 2},
+      {std::string(1, '\0') + "\t\n", 1},
+      {"*.a\t" + std::string(5000, 'x') + "\n", 2},  // its second piece
+      {"#" + std::string(1100, 'x') + "\n", 1},      // a comment's second piece is none
+      {std::string(1023, 'x') + "\t\n", 1},
+      {"*.a\t" + std::string(1019, 'x') + "\n", 2},  // the newline is a piece of its own, and empty
+  };
+  for (const auto& row : rows) {
+    const auto [said, status] = start_with(row.text);
+    EXPECT_EQ(status, 1) << row.text.substr(0, 30);
+    EXPECT_EQ(said, "Error: Invalid association at line " + std::to_string(row.line) + " &Continue");
+  }
+  EXPECT_EQ(start_with("*.a\t" + std::string(1018, 'x') + "\n").second, 0);
+}
+
+TEST(Associations, WritesWhatItReadsBack) {
+  const TempDir dir;
+  const std::string table = "*.a|*.b\topen @\tview\tedit '@'\n^*.c\t\tv\t\n";
+  read_text(table);
+  EXPECT_EQ(as_write(dir.path().c_str(), kFile), 0);
+  EXPECT_EQ(read_file(dir / kFile), kHeaderLine + table);
+  as_replace({"*.z\t\tview", "*.y\topen"});
+  EXPECT_EQ(apat_ctr, 2);
+  EXPECT_EQ(as_write(dir.path().c_str(), kFile), 0);
+  EXPECT_EQ(read_file(dir / kFile), kHeaderLine + "*.z\t\tview\t\n*.y\topen\t\t\n");
+  as_replace({});
+  EXPECT_EQ(_get_pat_idx("a"), -1);
+  EXPECT_EQ(as_write(dir.path().c_str(), kFile), 0);
+  EXPECT_EQ(read_file(dir / kFile), kHeaderLine);
+  EXPECT_EQ(as_write(nullptr, kFile), -1);
+  EXPECT_EQ(as_write((dir / "none").c_str(), kFile), -1);
+}
+
+TEST(Associations, Splits) {
+  const char* fields[4];
+  EXPECT_EQ(_split_str("a\tb\tc\td\te", '\t', fields, 4), 4);
+  EXPECT_STREQ(fields[3], "d");
+  EXPECT_EQ(_split_str("a||", '|', fields, 4), 2);
+  EXPECT_STREQ(fields[0], "a");
+  EXPECT_STREQ(fields[2], "");
+  EXPECT_STREQ(fields[3], "");
+  EXPECT_EQ(_split_str((std::string(1020, 'a') + "\tbcdef").c_str(), '\t', fields, 2), 1);
+  EXPECT_STREQ(fields[1], "bc");
+}
+
+TEST(Associations, LooksUpTheFirstThatMatches) {
+  read_text("*.a|x?\to\tv\t \v\n^*.JPG|*.gif\to2\t\te2\n*.jpg\to3\tv3\te3\n");
+  const struct {
+    const char* name;
+    int index;
+    const char *open, *view, *edit;
+  } rows[] = {{"f.a", 0, "o", "v", nullptr},
+              {"x1", 0, "o", "v", nullptr},
+              {"Photo.Jpg", 1, "o2", nullptr, "e2"},
+              {"p.jpg", 1, "o2", nullptr, "e2"},  // the later record's view command is not looked for
+              {"p.GIF", 1, "o2", nullptr, "e2"},
+              {"f.A", -1, nullptr, nullptr, nullptr},
+              {"", -1, nullptr, nullptr, nullptr}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(_get_pat_idx(row.name), row.index) << row.name;
+    EXPECT_STREQ(_get_pat_cmd(row.name, AS_OPEN), row.open) << row.name;
+    EXPECT_STREQ(_get_pat_cmd(row.name, AS_VIEW), row.view) << row.name;
+    EXPECT_STREQ(_get_pat_cmd(row.name, AS_EDIT), row.edit) << row.name;
+  }
+}
+
+TEST(Associations, OpenRunsEveryMatchOrTheFileItself) {
+  ShownDir dir;
+  StandIns programs;
+  programs.add("terminal");
+  read_text("*.a\tfirst\n*.b\tother\n[$x]*\tsecond @ end\n");
+  int blocked = 0;
+  const auto block = [&](int on) { blocked = blocked * 10 + 1 + on; };
+  EXPECT_EQ(as_open("x.a", 0100755, block), 2);
+  std::vector<std::string> commands;
+  for (const Call& call : programs.calls(2)) commands.push_back(call.back());
+  std::sort(commands.begin(), commands.end());
+  EXPECT_EQ(commands, (std::vector<std::string>{"first 'x.a' ", "second 'x.a'  end"}));
+  programs.clear();
+  EXPECT_EQ(as_open("run.sh", 0100100, block), 0);
+  EXPECT_EQ(programs.calls(1)[0].back(), "./run.sh");
+  EXPECT_EQ(blocked, 21);
+  programs.clear();
+  EXPECT_EQ(as_open("run.sh", 0100655, block), 0);  // only others may execute it
+  EXPECT_EQ(as_open("y.b", 0100755), 1);
+  EXPECT_EQ(programs.calls(1).size(), 1u);
+}
+
+TEST(Associations, NoNameIsExecuted) {
+  ShownDir dir;
+  StandIns programs;
+  programs.add_running_terminal();
+  programs.add("kored");
+  programs.add("file", "echo \"$2: some type\"");
+  read_text("*\tkored\n");
+  for (const std::string& name : hostile_names()) {
+    programs.clear();
+    as_open(name.c_str(), 0100644);
+    std::string received = name;
+    for (size_t at = 0; (at = received.find('\'', at)) != std::string::npos;)
+      received.replace(at, 1, "\\047");
+    EXPECT_EQ(programs.calls_of("kored", 1)[0], (Call{"kored", received}));
+    programs.clear();
+    std::string type;
+    EXPECT_EQ(as_get_filetype(name.c_str(), 0100644, &type), 1);
+    EXPECT_EQ(programs.calls_of("file", 1)[0],
+              (Call{"file", "-L", name.starts_with('-') ? "./" + name : name}));
+    if (name.find('\n') == std::string::npos) {
+      EXPECT_EQ(type, "some type\n") << name;
+    }
+  }
+  as_replace({});
+  for (const std::string& name : hostile_names()) {
+    if (name.find('/') != std::string::npos) continue;
+    write_file("./" + name, "#!/bin/sh\n: > ran\n", 0755);
+    as_open(name.c_str(), 0100755);
+    for (int i = 0; i < 3000 && !path_exists("ran"); ++i) usleep(10000);
+    EXPECT_TRUE(path_exists("ran")) << name;
+    unlink("ran");
+  }
+  EXPECT_FALSE(path_exists("canary"));
+}
+
+TEST(Associations, FileTypeFallsBackOnTheMode) {
+  const ShownDir dir;
+  StandIns programs;
+  programs.add("file", "exit 0");
+  const struct {
+    mode_t mode;
+    const char* text;
+  } rows[] = {{0x11ff, "FIFO"},
+              {0x2000, "Special File"},
+              {0x41ff, "Directory"},
+              {0x6000, "Block Special File"},
+              {0xA1ff, "Symbolic Link"},
+              {0x51ff, "Special Named File"},
+              {0xC1ff, "Socket"},
+              {0x7000, "OKR Special Type"},
+              {0xE049, "OKR Special Type"},
+              {0x81c0, "Executable"},
+              {0x0001, "Executable"},
+              {0x9008, "Executable"},
+              {0x8180, "Regular File"},
+              {0x9000, nullptr},
+              {0, nullptr}};
+  for (const auto& row : rows) {
+    std::string text = "as it was";
+    EXPECT_EQ(as_get_filetype("x", row.mode, &text), row.text ? 1 : 0) << std::hex << row.mode;
+    EXPECT_EQ(text, row.text ? row.text : "as it was") << std::hex << row.mode;
+  }
+  programs.add("file", "echo no colon here; echo second: line");
+  std::string text;
+  EXPECT_EQ(as_get_filetype("x", 0, &text), 1);
+  EXPECT_EQ(text, "no colon here\n");
+  programs.add("file", "exec sleep 1000");  // longer than the test may take
+  EXPECT_EQ(as_get_filetype("x", 0100644, &text), 1);
+  EXPECT_EQ(text, "Regular File");
+}
+
+TEST(Enabling, FollowsTheSelection) {
+  ShownDir dir;
+  read_text("*.a\to\tv\te\n*.b\t \tv\t\n*.n\t\t\t\n");
+  for (const char* name : {"1.a", "2.a", "1.b", "1.n", "none", "d/"}) dir.add(name, false);
+  // open, another window, view, edit, open with, print, inspect
+  const struct {
+    std::vector<std::string> selected;
+    const char* enabled;
+  } rows[] = {{{}, "......."},
+              {{"1.a"}, "o.vewpi"},
+              {{"1.a", "2.a"}, "o.vewpi"},
+              {{"1.a", "1.b"}, "..v.wpi"},
+              {{"1.b", "1.n"}, "....wpi"},
+              {{"none"}, "....wpi"},
+              {{"1.a", "none"}, "....wpi"},
+              {{"d"}, "oa....i"},
+              {{"d", "1.a"}, "oa....i"}};
+  for (const auto& row : rows) {
+    dir.select(row.selected);
+    const FileMenuState state = file_menu_state();
+    std::string enabled;
+    const std::pair<bool, char> items[] = {{state.open, 'o'},   {state.open_another, 'a'}, {state.view, 'v'},
+                                           {state.edit, 'e'},   {state.open_with, 'w'},    {state.print, 'p'},
+                                           {state.inspect, 'i'}};
+    for (const auto& [on, letter] : items) enabled += on ? letter : '.';
+    EXPECT_EQ(enabled, row.enabled);
+    EXPECT_FALSE(state.print_directory);
+    EXPECT_TRUE(state.new_file && state.new_folder && state.new_window && state.exit);
+  }
+  dir.select({"d", "1.a"});
+  const SelectionCommands commands = selection_commands();
+  EXPECT_FALSE(commands.open || commands.view || commands.edit);
+}

@@ -1,0 +1,204 @@
+#include "core/command.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "core/command_text.h"
+#include "tests/support/shown_dir.h"
+#include "tests/support/stand_ins.h"
+
+namespace {
+using Call = StandIns::Call;
+
+// A name as the receiving program gets it: the quoting passes a single quote on as four characters.
+std::string as_received(std::string name) {
+  for (size_t at = 0; (at = name.find('\'', at)) != std::string::npos;) name.replace(at, 1, "\\047");
+  return name;
+}
+
+Call in_terminal(const std::string& command) {
+  return {"terminal", "-e", "/bin/sh", "-c", command};
+}
+}  // namespace
+
+TEST(Command, ExpandsTemplates) {
+  const struct {
+    const char* text;
+    std::vector<std::string> names;
+    const char* command;
+  } rows[] = {
+      {"kored @", {"a", "b"}, "kored 'a' 'b' "},
+      {"lpr", {"x"}, "lpr 'x' "},
+      {"cp '@' /tmp", {"x"}, "cp 'x'  /tmp"},
+      {"cp \"@\" /tmp", {"x"}, "cp 'x'  /tmp"},
+      {"cp '@\" /tmp'", {"x"}, "cp ''x' \" /tmp'"},
+      {"view @", {"it's"}, "view 'it\\047s' "},
+      {"mail\\@host @", {"x"}, "mail@host 'x' "},
+      {"mail\\@host", {"x"}, "mail@host 'x' "},
+      {"a\\b\\\\@ @", {"x"}, "a\\b\\@ 'x' "},
+      {"diff @ @", {"a", "b"}, "diff 'a' 'b'  'a' 'b' "},
+      {"say \"see @\"", {"x"}, "say \"see 'x' \""},
+      {"say 'see @'", {"x"}, "say 'see 'x' '"},
+      {"lpr", {}, "lpr "},
+  };
+  for (const auto& row : rows) {
+    std::string command;
+    EXPECT_TRUE(command_expand(row.text, row.names, &command)) << row.text;
+    EXPECT_EQ(command, row.command) << row.text;
+  }
+}
+
+// Whatever stands around the placeholder, the shell never executes what a name spells, nor does a shell
+// inside the command.
+TEST(Command, NoTemplateLetsANameExecute) {
+  const TempDir dir;
+  ASSERT_EQ(chdir(dir.path().c_str()), 0);
+  const struct {
+    const char* text;
+    bool whole;  // every name reaches the program, as one argument
+  } rows[] = {
+      {"got @", true},
+      {"got", true},
+      {"got '@'", true},
+      {"got \"@\" x", true},
+      {"(got @)", true},
+      {"echo \"$(got @)\"", true},
+      {"x=$(got @)", true},
+      {"sh -c \"got @\"", true},
+      {"sh -c 'got @'", true},
+      {"sh -c 'got '@''", true},
+      {"'go't @", true},
+      {"got 'see'@'x'", false},
+      {"got \"see\"@\"x\"", false},
+      {"sh -c \"sh -c 'got @'\"", false},
+      {"sh -c \"got \\\"@\\\"\"", false},
+      {"sh -c 'got \"a @\"'", false},
+      {"sh -c \"got 'a @'\"", false},
+      {"got \\'@'", false},
+      {"got \\", false},
+      {"got `got @`", false},
+      {"got $'@'", false},
+      {"got $((@))", false},
+      {"got ${x:-@}", false},
+      {"got x # @", false},
+      {"got x@# @", false},
+      {"cat <<@", false},
+      {"got '", false},
+      {"got \"", false},
+  };
+  const std::string got = "#!/bin/sh\nprintf '%s' \"$1\" > received\n";
+  for (const auto& row : rows) {
+    for (const std::string& name : hostile_names()) {
+      std::string command;
+      const bool run = command_expand(row.text, {name}, &command);
+      EXPECT_TRUE(run || !row.whole) << row.text;
+      if (!run) continue;
+      write_file("got", got, 0755);
+      write_file("line", command + "\n");
+      run_shell("exec 2>/dev/null; PATH=.:$PATH; command -v bash && bash line; sh line");
+      EXPECT_FALSE(path_exists("canary")) << command;
+      unlink("canary");
+      if (row.whole) {
+        EXPECT_EQ(read_file("received"), as_received(name)) << command;
+      }
+      unlink("received");
+    }
+  }
+}
+
+TEST(Command, WordsComeBackWholeFromTheShell) {
+  const TempDir dir;
+  ASSERT_EQ(chdir(dir.path().c_str()), 0);
+  EXPECT_EQ(command_word("plain-1.2_x/y"), "plain-1.2_x/y");
+  EXPECT_EQ(command_word(""), "''");
+  EXPECT_EQ(command_argument("-rf"), "./-rf");
+  for (const std::string& name : hostile_names()) {
+    std::string output;
+    run_shell("printf '%s' " + command_word(name), &output);
+    EXPECT_EQ(output, name);
+  }
+}
+
+TEST(Command, RunsInATerminalThatClosesOrStays) {
+  const ShownDir dir;
+  StandIns programs;
+  programs.add("terminal", "echo \"$VRIG\" > '" + (dir / "vrig") + "'; pwd >> '" + (dir / "vrig") + "'");
+  setenv("VRIG", "77", 1);
+  EXPECT_EQ(misc_run(0, 0, " \t\nmake all"), 0);
+  EXPECT_EQ(programs.calls(1)[0], in_terminal("make all"));
+  programs.clear();
+  EXPECT_EQ(misc_run(3, 1, "make"), 0);
+  const Call call = programs.calls(1)[0];
+  ASSERT_EQ(call.size(), 9u);
+  EXPECT_EQ(call[2], "/bin/sh");
+  EXPECT_NE(call[4].find("read"), std::string::npos);  // waits before it lets the window go
+  EXPECT_EQ(Call(call.begin() + 6, call.end()), (Call{"/bin/sh", "-c", "make"}));
+  for (int i = 0; i < 3000 && read_file(dir / "vrig") != "3\n" + gDir.path + "\n"; ++i) usleep(10000);
+  EXPECT_EQ(read_file(dir / "vrig"), "3\n" + gDir.path + "\n");
+  EXPECT_EQ(misc_run(0, 0, " \n"), -1);
+}
+
+TEST(Command, StartsTheTerminalItselfDirectly) {
+  const ShownDir dir;
+  StandIns programs;
+  programs.add("terminal");
+  programs.add("conwin");
+  const struct {
+    const char* command;
+    Call call;
+  } rows[] = {{"conwin -e top", {"conwin", "-e", "top"}},
+              {"conwin", {"conwin"}},
+              {" conwin\t-z make -f 'Makefile' ", {"conwin", "-z", "make", "-f", "Makefile"}},
+              {"conwins -e top", in_terminal("conwins -e top")}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(misc_run(0, 0, row.command), 0);
+    EXPECT_EQ(programs.calls(1)[0], row.call) << row.command;
+    programs.clear();
+  }
+}
+
+TEST(Command, SpawnsByPathSearchAndCostsNothingWhenThereIsNone) {
+  const ShownDir dir;
+  StandIns programs;
+  programs.add("tool");
+  EXPECT_EQ(misc_spawn(0, "tool", {"a b", "", "-c"}), 0);
+  EXPECT_EQ(programs.calls(1)[0], (Call{"tool", "a b", "", "-c"}));
+  EXPECT_EQ(misc_spawn(0, "no such tool", {}), -1);
+  EXPECT_EQ(misc_spawn(0, "", {}), -1);
+}
+
+TEST(Command, FileCommandTakesTheSelectionOrRefuses) {
+  ShownDir dir;
+  StandIns programs;
+  programs.add("terminal");
+  dir.add("b", false);
+  dir.add("a", false);
+  dir.add("sub/", false);
+  const struct {
+    const char* text;
+    const char* name;
+    std::vector<std::string> selected;
+    const char* current;
+    int result;
+    const char* command;
+  } rows[] = {
+      {"kored @", nullptr, {"a", "b"}, "a", 0, "kored 'b' 'a' "},  // in listing order
+      {"kored @", "other", {"a", "b"}, "a", 0, "kored 'other' "},
+      {"kored @", nullptr, {}, "a", -1, nullptr},
+      {"kored @", nullptr, {"a", "sub"}, "a", -1, nullptr},
+      {"kored @", "a", {"a"}, "sub", -1, nullptr},
+      {"kored @", "a", {}, "sub", 0, "kored 'a' "},
+      {"kored @", "a", {"a", "b"}, "sub", 0, "kored 'a' "},
+      {" \t", "a", {}, "a", 0, nullptr},
+      {"", nullptr, {}, "a", 0, nullptr},
+  };
+  for (const auto& row : rows) {
+    dir.select(row.selected);
+    dir.make_current(row.current);
+    EXPECT_EQ(file_cmd(row.text, row.name), row.result) << row.text;
+    if (row.command) {
+      EXPECT_EQ(programs.calls(1)[0], in_terminal(row.command));
+    }
+    programs.clear();
+  }
+}

@@ -1,0 +1,122 @@
+#include "tests/support/stand_ins.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include "platform/host.h"
+
+const std::vector<std::string>& hostile_names() {
+  static const std::vector<std::string> names{"two words",
+                                              "$(touch canary)",
+                                              "`touch canary`",
+                                              ";touch canary;",
+                                              "&touch canary&",
+                                              "|touch canary",
+                                              ">canary",
+                                              "it's",
+                                              "'$(touch canary)'",
+                                              "';touch canary;'",
+                                              "\"$(touch canary)\"",
+                                              "\";touch canary;\"",
+                                              "a\ntouch canary\n",
+                                              "\ntouch canary;#",
+                                              "-rf",
+                                              "--help",
+                                              "+!touch canary",
+                                              "#comment",
+                                              "back\\slash",
+                                              "\\",
+                                              "*",
+                                              "[a-z]?",
+                                              "~root",
+                                              "$HOME",
+                                              "${IFS}",
+                                              "{a,b}",
+                                              "%s%n%d",
+                                              "@",
+                                              "not utf-8 \xff\xfe",
+                                              "\x01\x1b[31m\x7f",
+                                              " ",
+                                              std::string(255, 'n')};
+  return names;
+}
+
+StandIns::StandIns() {
+  const std::pair<const char*, std::string> wanted[] = {
+      {"PATH", dir_ / "bin" + ":" + getenv("PATH")}, {"TERMINAL", "terminal"}, {"DISPLAY", ":stand-in"}};
+  for (const char* name :
+       {"PATH", "TERMINAL", "DISPLAY", "WAYLAND_DISPLAY", "VISUAL", "EDITOR", "PAGER", "BROWSER"}) {
+    const char* value = getenv(name);
+    environment_.emplace_back(name, value ? value : "");
+    if (std::string(name) != "PATH") unsetenv(name);
+  }
+  for (const auto& [name, value] : wanted) setenv(name, value.c_str(), 1);
+  std::filesystem::create_directory(dir_ / "bin");
+  std::filesystem::create_directory(dir_ / "log");
+  host_extend_path();
+}
+
+StandIns::~StandIns() {
+  for (const auto& [name, value] : environment_)
+    value.empty() ? unsetenv(name.c_str()) : setenv(name.c_str(), value.c_str(), 1);
+}
+
+void StandIns::add(const std::string& name, const std::string& then) {
+  // Written whole under another name first: a call is either not there or complete.
+  const std::string log = dir_ / "log";
+  write_file(dir_ / ("bin/" + name),
+             "#!/bin/sh\n"
+             "at=$(date +%s%N).$$\n"
+             "{ printf '%s\\0' '" +
+                 name + "' \"$@\"; } > '" + log + "'/.$at && mv '" + log + "'/.$at '" + log + "'/$at\n" +
+                 then + "\n",
+             0755);
+}
+
+void StandIns::add_running_terminal() {
+  add("terminal", "[ $# -gt 0 ] || exit 0; shift; exec \"$@\"");
+}
+
+std::vector<StandIns::Call> StandIns::read_calls() const {
+  std::vector<std::string> files;
+  for (const auto& file : std::filesystem::directory_iterator(dir_ / "log"))
+    if (!file.path().filename().string().starts_with('.')) files.push_back(file.path());
+  std::sort(files.begin(), files.end());
+  std::vector<Call> calls;
+  for (const std::string& file : files) {
+    const std::string text = read_file(file);
+    Call call;
+    for (size_t at = 0; at < text.size(); at = text.find('\0', at) + 1) call.push_back(text.c_str() + at);
+    calls.push_back(call);
+  }
+  return calls;
+}
+
+std::vector<StandIns::Call> StandIns::calls(size_t count) {
+  for (int i = 0; i < 6000; ++i) {
+    if (const auto calls = read_calls(); calls.size() >= count) return calls;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  ADD_FAILURE() << "the call never came";
+  return {count, Call(8)};
+}
+
+std::vector<StandIns::Call> StandIns::calls_of(const std::string& name, size_t count) {
+  for (int i = 0; i < 6000; ++i) {
+    std::vector<Call> calls = read_calls();
+    std::erase_if(calls, [&](const Call& call) { return call[0] != name; });
+    if (calls.size() >= count) return calls;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  ADD_FAILURE() << name << " was never called";
+  return {count, Call(8)};
+}
+
+void StandIns::clear() {
+  for (const auto& file : std::filesystem::directory_iterator(dir_ / "log")) std::filesystem::remove(file);
+}
