@@ -12,6 +12,7 @@
 
 #include "core/state.h"
 #include "core/toolkit/timers.h"
+#include "core/ui/exit.h"
 #include "fileops/ui/slot_row.h"
 #include "fileops/ui/slots_running.h"
 #include "platform/desktop.h"
@@ -80,7 +81,7 @@ void slot_timer(QTimer*) {
     swept = true;
   }
   if (swept) signal_instances();
-  if (swept && base_window_closed && slot_running() == 0) QCoreApplication::exit(0);
+  if (swept && base_window_closed && slot_running() == 0) program_end();
 }
 
 void make_holder() {
@@ -154,7 +155,7 @@ int slot_running() {
 }
 
 void slot_terminate_all() {
-  if (slot_running() == 0) return QCoreApplication::exit(0);
+  if (slot_running() == 0) return program_end();
   base_window_closed = 1;
   sTerminating = true;
   for (SlotRow* row : sSlots)
