@@ -18,13 +18,13 @@ struct DirEntry {
   char name[256];    // raw bytes as the directory returned them
   uint8_t flags;
   void* item;  // for the view's own use
-  char* info;  // owned: link target (a 1024-byte block) or an error text
+  char* info;  // owned: link target (at most 1023 bytes) or an error text
 };
 
 struct DirRecord {
   DirEntry** entries = nullptr;  // count live ones, then spare recycled ones
   std::string path;              // absolute; empty: unset
-  std::string filespec;          // filter for names of non-directories
+  std::string filespec;          // filter for names of non-directories; empty: all
   uint64_t total_size = 0;
   int32_t count = 0;
   int32_t dir_count = 0;  // entries whose st says directory
@@ -40,3 +40,24 @@ extern DirRecord gDir;
 inline bool dir_entry_is_directory(const DirEntry& entry) {
   return S_ISDIR(entry.st.st_mode);
 }
+
+// Writes the characters of one part of the permission text: 1 owner, 2 group, 3 others (three each, no
+// terminator), 4 sticky (one), 0 type code (one); others write nothing.
+void dir_get_permissions(mode_t mode, char* out, int part);
+
+// --- keeping the array: live entries, then spare ones ---------------------------------------------------
+
+// Turns all live entries into spare ones and zeroes the sums.
+void dir_recycle_all(DirRecord* dir);
+// An entry to fill: the last spare one with name and flags cleared, or a new one. Without memory the program
+// ends with status 1, as in dir_store_entry.
+DirEntry* dir_take_entry(DirRecord* dir);
+// Stores a filled entry behind the live ones and counts it.
+void dir_store_entry(DirRecord* dir, DirEntry* entry);
+// Gives an entry back that was taken and is not wanted: to the spare ones where a slot is free, else freed.
+void dir_return_entry(DirRecord* dir, DirEntry* entry);
+void dir_free_entry(DirEntry* entry);
+// Frees everything; the record is as new, its path and filter kept.
+void dir_free(DirRecord* dir);
+// Makes info a copy of text.
+void dir_set_info(DirEntry* entry, const char* text);
