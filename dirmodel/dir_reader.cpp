@@ -30,7 +30,8 @@
 using ReadClock = std::chrono::steady_clock;
 
 namespace {
-constexpr size_t kBatch = 256;      // names
+constexpr size_t kFirstBatch = 8;   // names
+constexpr size_t kBatch = 256;      // names at most
 constexpr size_t kQueue = 32;       // batches that may wait for the interface thread
 constexpr size_t kLinkText = 1023;  // bytes kept of a link's target
 constexpr int kTimeoutsWaited = 2;  // in one reading; then a slow file system is not waited for again
@@ -85,6 +86,8 @@ struct DirReader {
   size_t next = 0;   // item whose status is due
   size_t named = 0;  // item whose owner's name is due
   bool names_end = false;
+  size_t batch_size = kFirstBatch;  // follows the file system's speed, so that entries of a slow one show too
+  ReadClock::time_point batch_start;
   int names_error = 0;
   std::unordered_set<uint32_t> users, groups;  // ids whose names are in the cache by now
   uint32_t last_user = 0, last_group = 0;
@@ -161,27 +164,7 @@ bool wanted_name(const char* name, bool hide_dot) {
   return !hide_dot;
 }
 
-// Reads names into the batch until it is full. An errno, 0 at the end or with the batch full.
-int read_names(DIR* dir, bool hide_dot, ReadBatch* batch, bool* end) {
-  while (batch->items.size() < kBatch) {
-    errno = 0;
-    const struct dirent64* entry = readdir64(dir);
-    if (!entry) {
-      *end = true;
-      return errno;
-    }
-    if (!wanted_name(entry->d_name, hide_dot)) continue;
-    const std::string_view name = entry->d_name;
-    ReadItem& item = batch->items.emplace_back();
-    item.name = static_cast<uint32_t>(batch->text.size());
-    item.hash = static_cast<uint32_t>(std::hash<std::string_view>()(name));
-    item.state = 0;
-    batch->text.append(name.data(), name.size() + 1);
-  }
-  return 0;
-}
-
-bool names_stage(DirReader& reader) {
+std::unique_ptr<ReadBatch> empty_batch(DirReader& reader) {
   std::unique_ptr<ReadBatch> batch;
   {
     std::lock_guard lock(reader.mutex);
@@ -190,24 +173,44 @@ bool names_stage(DirReader& reader) {
       reader.idle.pop_back();
     }
   }
-  if (!batch) {
-    batch = std::make_unique<ReadBatch>();
-    batch->items.reserve(kBatch);
-  }
+  if (!batch) batch = std::make_unique<ReadBatch>();
   batch->items.clear();
   batch->text.clear();
-  DIR* dir = reader.dir;
-  bool end = false;
-  int error;
-  if (!bounded_call(reader, Stage::names, &error,
-                    [&] { return read_names(dir, reader.hide_dot, batch.get(), &end); })) {
-    closedir(dir);  // it went with this thread
-    return false;
-  }
-  reader.batch = std::move(batch);
+  return batch;
+}
+
+void add_name(ReadBatch* batch, std::string_view name) {
+  ReadItem& item = batch->items.emplace_back();
+  item.name = static_cast<uint32_t>(batch->text.size());
+  item.hash = static_cast<uint32_t>(std::hash<std::string_view>()(name));
+  item.state = 0;
+  batch->text.append(name.data(), name.size() + 1);
+}
+
+// Reads names into a new batch until it is full or there are no more. False: left behind.
+bool names_stage(DirReader& reader) {
+  reader.batch = empty_batch(reader);
   reader.next = reader.named = 0;
-  reader.names_end = end;
-  reader.names_error = error;
+  reader.batch_start = ReadClock::now();
+  while (reader.batch->items.size() < reader.batch_size) {
+    DIR* dir = reader.dir;
+    const struct dirent64* entry = nullptr;
+    int error;
+    if (!bounded_call(reader, Stage::names, &error, [&] {
+          errno = 0;
+          entry = readdir64(dir);
+          return entry ? 0 : errno;
+        })) {
+      closedir(dir);  // it went with this thread
+      return false;
+    }
+    if (!entry) {
+      reader.names_end = true;
+      reader.names_error = error;
+      break;
+    }
+    if (wanted_name(entry->d_name, reader.hide_dot)) add_name(reader.batch.get(), entry->d_name);
+  }
   return true;
 }
 
@@ -311,6 +314,9 @@ bool owner_stage(DirReader& reader, const ReadItem& item) {
 }
 
 void hand_over_batch(DirReader& reader) {
+  const auto took = ReadClock::now() - reader.batch_start;
+  if (took < std::chrono::milliseconds(20)) reader.batch_size = std::min(reader.batch_size * 2, kBatch);
+  if (took > std::chrono::milliseconds(200)) reader.batch_size = std::max<size_t>(reader.batch_size / 4, 1);
   std::unique_lock lock(reader.mutex);
   reader.room.wait(lock, [&] { return reader.ready.size() < kQueue || reader.cancelled; });
   reader.ready.push_back(std::move(reader.batch));
@@ -339,7 +345,7 @@ void reader_run(const std::shared_ptr<DirReader>& reader) {
   fs_worker_signals();
   const bool private_cwd = unshare(CLONE_FS) == 0;
   if (reader->stage == Stage::open && !open_stage(*reader, private_cwd)) return;
-  if (reader->dir && !read_on(*reader)) return;
+  if ((reader->dir || reader->batch) && !read_on(*reader)) return;
   std::unique_lock lock(reader->mutex);
   reader->thread_alive = false;
   reader->ended = true;
@@ -367,9 +373,11 @@ void go_on_without_thread(const std::shared_ptr<DirReader>& reader) {
   DirReader& r = *reader;
   bool go_on = true;
   switch (r.stage) {
-    case Stage::names:
+    case Stage::names:  // the names read so far are still dealt with
       r.dir = nullptr;
-      [[fallthrough]];
+      r.names_end = true;
+      r.names_error = EINTR;
+      break;
     case Stage::open:
       go_on = false;
       break;

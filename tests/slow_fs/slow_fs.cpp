@@ -1,19 +1,22 @@
 // A file system for tests whose calls hang: slow_fs MODE MILLISECONDS LOG MOUNTPOINT. Its one directory holds
 // "entry00" to "entry19"; MODE tells what takes its time:
-//   status        the status of every entry, whatever happens
-//   one           the status of "entry03" only
-//   interruptible the status of every entry, until the caller is interrupted
+//   status        the status of every entry, whatever happens; looking the name up does not
+//   one           the same for "entry03" only
+//   lookup        looking up any name, with the directory locked meanwhile
+//   interruptible the same until the caller is interrupted
 //   open          opening the directory
 //   names         reading its names
 //   twice         nothing; every name is returned twice
 // Each call that hangs adds one byte to LOG.
-#define FUSE_USE_VERSION 31
+#define FUSE_USE_VERSION 312
 #include <fcntl.h>
 #include <fuse.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -22,6 +25,7 @@
 namespace {
 std::string sMode;
 int sMilliseconds, sLog;
+std::atomic<int> sAsked[20];  // the first time a name is looked up, later its status is asked for
 
 int hang(bool interruptible) {
   (void)!write(sLog, "x", 1);
@@ -43,9 +47,11 @@ int slow_getattr(const char* path, struct stat* status, struct fuse_file_info*) 
   status->st_mode = S_IFREG | 0644;
   status->st_nlink = 1;
   status->st_size = 5;
+  const int number = std::atoi(path + 6) % 20;
+  const bool lookup = sAsked[number]++ == 0;
   if (sMode == "interruptible") return hang(true);
-  if (sMode == "status" || (sMode == "one" && std::strcmp(path, "/entry03") == 0)) return hang(false);
-  return 0;
+  const bool slow = sMode == "status" || (sMode == "one" && number == 3);
+  return (lookup ? sMode == "lookup" : slow) ? hang(false) : 0;
 }
 
 int slow_opendir(const char*, struct fuse_file_info*) {
@@ -66,8 +72,10 @@ int slow_readdir(const char*, void* buffer, fuse_fill_dir_t fill, off_t, struct 
 
 void* slow_init(struct fuse_conn_info* connection, struct fuse_config* config) {
   connection->want &= ~(FUSE_CAP_READDIRPLUS | FUSE_CAP_READDIRPLUS_AUTO);
-  config->intr = 1;
-  config->entry_timeout = config->attr_timeout = 0;
+  config->intr = sMode == "interruptible";
+  signal(SIGUSR1, [](int) {});  // the library's signal to the thread whose caller was interrupted
+  config->entry_timeout = 1000;
+  config->attr_timeout = 0;
   return nullptr;
 }
 }  // namespace
@@ -82,7 +90,11 @@ int main(int argc, char** argv) {
   operations.opendir = slow_opendir;
   operations.readdir = slow_readdir;
   operations.init = slow_init;
-  char foreground[] = "-f";
-  char* fuse_argv[] = {argv[0], foreground, argv[4], nullptr};
-  return fuse_main(3, fuse_argv, &operations, nullptr);
+  // By hand: the short way takes a thread count from nowhere in some versions of the library.
+  fuse_args arguments = FUSE_ARGS_INIT(1, argv);
+  struct fuse* fuse = fuse_new(&arguments, &operations, sizeof operations, nullptr);
+  if (!fuse || fuse_mount(fuse, argv[4]) != 0) return 1;
+  fuse_loop_config* config = fuse_loop_cfg_create();
+  fuse_loop_cfg_set_max_threads(config, 16);
+  return fuse_loop_mt(fuse, config);
 }
