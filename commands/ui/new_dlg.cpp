@@ -43,6 +43,7 @@ class NewDialog : public QDialog {
     const NewItemResult result =
         new_item_create(gNew_op, gDir.path, ui_.new_name->text().toUtf8().toStdString());
     if (!result.message.empty()) wreport(this, "Error", "%s", result.message.c_str());
+    if (!alive) return;
     if (!result.name.empty()) {
       fl_refresh();
       status_bar_update();
@@ -67,7 +68,7 @@ QPointer<NewDialog> sNewDialog;
 }  // namespace
 
 void new_dlg_open(int kind) {
-  if (sNewDialog) return;
+  if (sNewDialog && sNewDialog->isVisible()) return;
   gNew_op = kind;
   sNewDialog = new NewDialog;
   dialog_open(base_window(), sNewDialog);

@@ -67,7 +67,7 @@ QPointer<PatternDialog> sPatternDialog;
 }  // namespace
 
 void pattern_dlg_open(int op) {
-  if (sPatternDialog) return;
+  if (sPatternDialog && sPatternDialog->isVisible()) return;
   gPattern_op = op;
   wblock(base_window(), 1);
   sPatternDialog = new PatternDialog;

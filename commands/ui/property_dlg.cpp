@@ -205,6 +205,7 @@ void PropertyDialog::accept() {
   busy_ = true;
   const QPointer<PropertyDialog> alive(this);
   const std::string name = apply_all();
+  if (!alive) return;
   fl_refresh();
   show_entry(name, false);
   if (!alive) return;
@@ -240,7 +241,7 @@ void PropertyDialog::ask_filetype() const {
 
 void property_dlg_open() {
   PropertyRecord record;
-  if (sPropertyDialog || !prop_gather(gDir, &record)) return;
+  if ((sPropertyDialog && sPropertyDialog->isVisible()) || !prop_gather(gDir, &record)) return;
   wblock(base_window(), 1);
   sPropertyDialog = new PropertyDialog(std::move(record));
   dialog_open(base_window(), sPropertyDialog);

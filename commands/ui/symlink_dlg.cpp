@@ -80,7 +80,7 @@ const char* first_selected() {
 
 void symlink_dlg_open() {
   const char* source = first_selected();
-  if (!source || sSymlinkDialog) return;
+  if (!source || (sSymlinkDialog && sSymlinkDialog->isVisible())) return;
   sSymlinkDialog = new SymlinkDialog(source);
   dialog_open(base_window(), sSymlinkDialog);
 }

@@ -206,7 +206,7 @@ QPointer<ConfigDialog> sConfigDialog;
 }  // namespace
 
 void config_dlg_open() {
-  if (sConfigDialog) return;
+  if (sConfigDialog && sConfigDialog->isVisible()) return;
   sConfigDialog = new ConfigDialog;
   dialog_open(base_window(), sConfigDialog);
 }
