@@ -1,5 +1,6 @@
 #include "fileops/fop_copy.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -105,13 +106,36 @@ static int make_dest_directory(const fop_item& item) {
   return 0;
 }
 
-static int copy_by_type(fop_item* item, int32_t child) {
+// The item's status; what the scan found to be a file is opened at once, which saves a look at its path. With
+// *file not open for a regular file, *open_error tells why.
+static int look_at_source(fop_item* item, fop_fd* file, int* open_error) {
+  const fop_place& place = *item->place;
+  if (item->source.size() > FOP_PATH_MAX || item->dest.size() > FOP_PATH_MAX) return errno = ENAMETOOLONG, -1;
+  if (!place.source) return errno = place.source_error, -1;
+  const bool follow = item->request()->flags & FOP_FOLLOW_LINKS;
+  const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (follow ? 0 : O_NOFOLLOW);
+  bool known = item->request()->groups[place.group]->types[item->index] == DT_REG;
+  for (;;) {
+    if (known) {
+      file->reset(openat(place.source.get(), item->name, flags));
+      *open_error = errno;
+      if (*file && fstat(file->get(), &item->status) == 0 && S_ISREG(item->status.st_mode)) return 0;
+      file->reset();
+    }
+    if (fstatat(place.source.get(), item->name, &item->status, follow ? 0 : AT_SYMLINK_NOFOLLOW) != 0)
+      return -1;
+    if (known || !S_ISREG(item->status.st_mode)) return 0;
+    known = true;
+  }
+}
+
+static int copy_by_type(fop_item* item, int32_t child, fop_fd* file, int open_error) {
   fop_request* request = item->request();
   const mode_t mode = item->status.st_mode;
   if (S_ISDIR(mode)) return fop_copy_directory(*item, child < 0 ? nullptr : request->groups[child]);
   if (S_ISFIFO(mode)) return fop_copy_fifo(item);
   if (S_ISLNK(mode)) return fop_copy_link(item);
-  if (S_ISREG(mode)) return fop_copy_regular(item);
+  if (S_ISREG(mode)) return fop_copy_regular(item, file, open_error);
   return fop_copy_failed(request, "Unable to open '%s'\n%s\n", item->source, strerror(ENXIO));
 }
 
@@ -132,17 +156,16 @@ int fop_copy_file(fop_place* place, int32_t index, int32_t child) {
   fop_item item{place, index, name, _build_path(group.dir, name), "", place->dest.get(), name, {}};
   item.dest = fop_dest_path(*request, item.source);
   if (place->group == 0) item.dest_name = fop_selection_dest_name(*request, name);
-  const int follow = request->flags & FOP_FOLLOW_LINKS ? 0 : AT_SYMLINK_NOFOLLOW;
-  errno = place->source_error ? place->source_error : ENAMETOOLONG;
-  const bool too_long = item.source.size() > FOP_PATH_MAX || item.dest.size() > FOP_PATH_MAX;
-  if (too_long || !place->source || fstatat(place->source.get(), name, &item.status, follow) != 0)
+  fop_fd file;
+  int open_error = 0;
+  if (look_at_source(&item, &file, &open_error) != 0)
     return fop_copy_failed(request, "Unable to stat '%s'\n%s\n", item.source, strerror(errno));
   if (make_dest_directory(item) != 0) return -1;
   fop_show_progress(request, request->done_bytes, request->total_bytes, nullptr,
                     "From: ", item.source.c_str(), "  To: ", item.dest.c_str());
   request->done_bytes += item.status.st_size;
   if (request->done_bytes > request->total_bytes) request->total_bytes = request->done_bytes;
-  const int result = copy_by_type(&item, child);
+  const int result = copy_by_type(&item, child, &file, open_error);
   if (result == 0) {
     fop_show_progress(request, request->done_bytes, request->total_bytes);
     mark_copied(item);

@@ -41,8 +41,8 @@ int fop_copy_directory(const fop_item& item, fop_group* child);
 // Gives a copied directory its final owner, mode and times.
 int fop_copy_directory_end(fop_place* place);
 
-// Contents, owner, mode and times of a regular file.
-int fop_copy_regular(fop_item* item);
+// Contents, owner, mode and times of a regular file, opened as *opened, or not because of open_error.
+int fop_copy_regular(fop_item* item, fop_fd* opened, int open_error);
 int fop_copy_fifo(fop_item* item);
 int fop_copy_link(fop_item* item);
 

@@ -75,29 +75,19 @@ Data make_room(fop_content* content) {
   return ftruncate(content->out, 0) == 0 ? Data::more : write_failed(*content);
 }
 
-// A read of nothing ends the file only where the source ends.
-bool at_end(const fop_content& content) {
-  struct stat now;
-  return fstat(content.in, &now) != 0 || content.copied >= now.st_size;
-}
-
 // Through the buffer, up to the offset end or the source's own.
 Data copy_buffered(fop_content* content, int64_t end) {
-  constexpr int kEmptyReads = 3;
-  int empty_reads = 0;
   while (content->copied < end) {
     if (fop_cancelled(content->request)) return Data::abort;
     const int64_t want = std::min<int64_t>(content->request->bufsize, end - content->copied);
     const ssize_t n = read(content->in, content->request->buf, want);
     if (n < 0 && errno == EINTR) continue;
     if (n < 0) return read_failed(*content, strerror(errno));
-    if (n == 0) {
-      if (at_end(*content) || ++empty_reads == kEmptyReads) return Data::end;
-      continue;
-    }
-    empty_reads = 0;
+    if (n == 0) return Data::end;
     if (const Data made = make_room(content); made != Data::more) return made;
     if (const Data wrote = write_buffer(content, n); wrote != Data::more) return wrote;
+    if (content->copied == content->status.st_size)
+      return Data::end;  // so it seems: the size is looked at again
   }
   return Data::more;
 }
@@ -161,12 +151,19 @@ Data copy_sparse(fop_content* content) {
   }
 }
 
-// Whether what was copied is what the source now holds. A source that never told its size is taken as read.
-bool size_agrees(const fop_content& content) {
+// Compares what was copied with what the source now holds: end when it is that, more when there is more to
+// read. A source that never told its size is taken as read.
+Data compare_size(fop_content* content, int64_t copied_before, int* empty_reads) {
+  constexpr int kEmptyReads = 3;
   struct stat now;
-  if (fstat(content.in, &now) != 0) return false;
-  if (content.copied == now.st_size) return true;
-  return content.copied > now.st_size && now.st_size == content.status.st_size;
+  if (fstat(content->in, &now) != 0) return read_failed(*content, strerror(errno));
+  const bool told = now.st_size != content->status.st_size || content->copied <= now.st_size;
+  if (content->copied == now.st_size || !told) return Data::end;
+  *empty_reads = content->copied > copied_before ? 0 : *empty_reads + 1;
+  if (content->copied > now.st_size || *empty_reads == kEmptyReads)
+    return read_failed(*content, "Its size has changed");
+  content->status.st_size = now.st_size;
+  return Data::more;
 }
 }  // namespace
 
@@ -178,11 +175,14 @@ int fop_write_failed(fop_request* request, const std::string& dest) {
 }
 
 int fop_copy_content(fop_content* content) {
-  const struct stat& status = content->status;
-  const bool sparse = status.st_size > 0 && status.st_blocks < status.st_size / 512;
-  const Data data = sparse ? copy_sparse(content) : copy_until(content, kToTheEnd);
-  if (data == Data::skip || data == Data::abort) return result_of(data);
-  if (const Data made = make_room(content); made != Data::more) return result_of(made);  // an empty source
-  if (size_agrees(*content)) return 0;
-  return result_of(read_failed(*content, "Its size has changed"));
+  int empty_reads = 0;
+  for (;;) {
+    const struct stat& status = content->status;
+    const int64_t before = content->copied;
+    const bool sparse = status.st_size > 0 && status.st_blocks < status.st_size / 512;
+    Data data = sparse ? copy_sparse(content) : copy_until(content, kToTheEnd);
+    if (data == Data::more || data == Data::end) data = make_room(content);  // of an empty source
+    if (data == Data::more) data = compare_size(content, before, &empty_reads);
+    if (data != Data::more) return result_of(data);
+  }
 }

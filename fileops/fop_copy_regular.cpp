@@ -60,16 +60,15 @@ int settle_conflict(RegularCopy* copy) {
   return answer;
 }
 
-int open_source(RegularCopy* copy) {
+// Takes over the source as the caller opened it. A conflict is asked about before a source that cannot be
+// opened.
+int take_source(RegularCopy* copy, fop_fd* opened, int open_error) {
   fop_item& item = *copy->item;
-  const int follow = item.request()->flags & FOP_FOLLOW_LINKS ? 0 : O_NOFOLLOW;
-  copy->in.reset(
-      openat(item.place->source.get(), item.name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | follow));
-  if (copy->in && fstat(copy->in.get(), &copy->opened) == 0) {
-    if (S_ISREG(copy->opened.st_mode)) return 0;
-    errno = ESTALE;  // something else has come into its place
-  }
-  return fop_copy_failed(item.request(), "Unable to open '%s'\n%s\n", item.source, strerror(errno));
+  copy->in = std::move(*opened);
+  copy->opened = item.status;
+  if (copy->in) return 0;
+  if (const int settled = settle_conflict(copy); settled != 0) return settled;
+  return fop_copy_failed(item.request(), "Unable to open '%s'\n%s\n", item.source, strerror(open_error));
 }
 
 int make_file(CopyTarget* target, const std::string& name, mode_t mode) {
@@ -174,27 +173,21 @@ int write_target(RegularCopy* copy, CopyTarget* target) {
 }
 }  // namespace
 
-int fop_copy_regular(fop_item* item) {
+int fop_copy_regular(fop_item* item, fop_fd* opened, int open_error) {
   RegularCopy copy;
   copy.item = item;
+  if (const int taken = take_source(&copy, opened, open_error); taken != 0) return taken;
   for (;;) {
-    if (const int settled = settle_conflict(&copy); settled != 0) return settled;
-    if (!copy.in) {
-      const int opened = open_source(&copy);
-      if (opened != 0) return opened;
-    }
     CopyTarget target;
-    if (make_target(copy, &target) == 0) {
-      const int result = write_target(&copy, &target);
-      item->status = copy.opened;
-      return result;
+    if (make_target(copy, &target) == 0) return write_target(&copy, &target);
+    if (errno == EEXIST && !copy.exists) {
+      if (const int settled = settle_conflict(&copy); settled != 0) return settled;
+      continue;
     }
-    if (errno == EEXIST && !copy.exists) continue;  // it came up meanwhile: ask
     if (errno != ENAMETOOLONG || copy.renamed) return fop_write_failed(item->request(), item->dest);
     if (!FilenameTooLong(item->source, &item->dest)) return 1;
     item->dest_dir = AT_FDCWD;
     item->dest_name = item->dest;
     copy.renamed = true;
-    copy.confirmed = false;
   }
 }

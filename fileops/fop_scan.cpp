@@ -22,13 +22,15 @@ enum class Scan { next, abort };
 struct ScanItem {
   fop_request* request;
   int32_t group, index;
-  int dir;  // the group's directory, opened
+  fop_fd* dir_fd;  // the group's directory, once it was needed
+  int dir_error;
   std::string path;
   struct stat status;
   bool followed;
 
   fop_group& list() const { return *request->groups[group]; }
   char*& name() const { return list().names[index]; }
+  int dir() const { return dir_fd->get(); }
   // An item that no later pass is to look at.
   void drop() const { name()[0] = '\0', list().kept = true; }
 };
@@ -62,13 +64,27 @@ bool known_type(const ScanItem& item, mode_t* type) {
   return true;
 }
 
-// The item's status, without following a link.
+bool open_group(ScanItem* item) {
+  if (!*item->dir_fd && item->dir_error == 0) {
+    *item->dir_fd = fop_open_source(*item->request, item->group);
+    if (!*item->dir_fd) item->dir_error = errno;
+  }
+  errno = item->dir_error;
+  return item->dir_error == 0;
+}
+
+// The item's status, without following a link. A plain file of a delete needs neither that nor its path.
 int take_status(ScanItem* item) {
-  mode_t type;
+  mode_t type = 0;
   std::memset(&item->status, 0, sizeof item->status);
-  if (known_type(*item, &type)) return item->status.st_mode = type, 0;
+  const bool known = known_type(*item, &type);
+  item->status.st_mode = type;
+  if (known && !S_ISDIR(type)) return 0;
+  item->path = _build_path(item->list().dir, item->name());
+  if (!open_group(item)) return -1;
+  if (known) return 0;
   if (item->request->kind != FOP_DELETE && item->path.size() > FOP_PATH_MAX) return errno = ENAMETOOLONG, -1;
-  return fstatat(item->dir, item->name(), &item->status, AT_SYMLINK_NOFOLLOW);
+  return fstatat(item->dir(), item->name(), &item->status, AT_SYMLINK_NOFOLLOW);
 }
 
 // The once-asked question what a copy or move does with links.
@@ -174,7 +190,7 @@ Scan scan_directory(const ScanItem& item) {
     return out_of_memory();
   }
   const int32_t first = request->mem->count;
-  fop_fd fd(openat(item.dir, item.name(),
+  fop_fd fd(openat(item.dir(), item.name(),
                    O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | (item.followed ? 0 : O_NOFOLLOW)));
   struct stat opened;
   DirStream stream;
@@ -195,13 +211,12 @@ Scan scan_directory(const ScanItem& item) {
 
 Scan scan_item(ScanItem* item) {
   fop_request* request = item->request;
-  item->path = _build_path(item->list().dir, item->name());
   item->followed = false;
   if (take_status(item) != 0) return stat_failed(*item);
   if (request->kind != FOP_DELETE && S_ISLNK(item->status.st_mode)) {
     if (settle_links(request) == Scan::abort) return Scan::abort;
     if (request->flags & FOP_FOLLOW_LINKS) {
-      if (fstatat(item->dir, item->name(), &item->status, 0) != 0) return stat_failed(*item);
+      if (fstatat(item->dir(), item->name(), &item->status, 0) != 0) return stat_failed(*item);
       item->followed = true;
     }
   }
@@ -215,20 +230,12 @@ Scan scan_item(ScanItem* item) {
 
 int fop_build_filelist(fop_request* request) {
   for (int32_t g = 0; g < request->ngroups; ++g) {
-    const fop_fd dir = fop_open_source(*request, g);
-    const int error = errno;
-    ScanItem item{request, g, 0, dir.get(), {}, {}, false};
+    fop_fd dir;
+    ScanItem item{request, g, 0, &dir, 0, {}, {}, false};
     for (int32_t i = 0; i < request->groups[g]->count; ++i) {
       item.index = i;
       if (!item.name()[0]) continue;
-      if (fop_cancelled(request)) return -1;
-      if (dir) {
-        if (scan_item(&item) == Scan::abort) return -1;
-        continue;
-      }
-      item.path = _build_path(item.list().dir, item.name());
-      errno = error;
-      if (stat_failed(item) == Scan::abort) return -1;
+      if (fop_cancelled(request) || scan_item(&item) == Scan::abort) return -1;
     }
   }
   return 0;

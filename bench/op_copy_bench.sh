@@ -1,0 +1,70 @@
+#!/bin/sh
+# Whole operations of zan-op against the plain tools, interleaved, as ratios of the medians within one run.
+# Usage: op_copy_bench.sh ZAN_OP [ROUNDS] [DIRECTORY...]   (default: 7 rounds, /dev/shm and the temporary directory)
+exec python3 - "$@" <<'PYTHON'
+import os, shutil, statistics, subprocess, sys, tempfile, time
+
+op = os.path.abspath(sys.argv[1])
+rounds = int(sys.argv[2]) if len(sys.argv) > 2 else 7
+places = sys.argv[3:] or ["/dev/shm", tempfile.gettempdir()]
+BOUNDS = {"20,000 small files / cp -a": 1.15, "2 GiB file / cp": 1.15, "delete 20,000 files / rm -rf": 1.2}
+
+
+def timed(arguments):
+    start = time.perf_counter()
+    subprocess.run(arguments, check=True, stdout=subprocess.DEVNULL)
+    return time.perf_counter() - start
+
+
+def tree(path):
+    for d in range(1000):
+        folder = os.path.join(path, "dir%04d" % d)
+        os.makedirs(folder)
+        for f in range(20):
+            with open(os.path.join(folder, "file%02d" % f), "wb") as out:
+                out.write(b"x" * (100 + 397 * f))
+
+
+def compare(name, ours, plain, prepare=lambda: None, after=lambda: None):
+    times = {"ours": [], "plain": []}
+    for r in range(rounds):
+        order = [("ours", ours), ("plain", plain)]
+        for who, arguments in order if r % 2 else order[::-1]:
+            prepare()
+            os.sync()
+            times[who].append(timed(arguments))
+            after()
+    a, b = (statistics.median(times[k]) for k in ("ours", "plain"))
+    bound = BOUNDS.get(name)
+    print(f"  {name:34} {a / b:5.2f}   ({a * 1000:.0f} ms to {b * 1000:.0f} ms" + (f"; bound {bound})" if bound else ")"),
+          flush=True)
+
+
+def run(place):
+    base = tempfile.mkdtemp(prefix="zan-bench-", dir=place)
+    print(f"{place}: ratio of zan-op to the plain tool, medians of {rounds}")
+    path = lambda name: os.path.join(base, name)
+    try:
+        os.mkdir(path("from"))
+        tree(path("from/tree"))
+        os.mkdir(path("to"))
+        clear = lambda: (shutil.rmtree(path("to")), os.mkdir(path("to")))
+        copy = [op, "copy", "--from", path("from"), "tree", "--to", path("to")]
+        compare("20,000 small files / cp -a", copy, ["cp", "-a", path("from/tree"), path("to")], after=clear)
+        watched = copy + ["--pause-at", "100:0"]
+        fill = lambda: subprocess.run(["cp", "-a", path("from/tree"), path("to")], check=True)
+        compare("delete 20,000 files / rm -rf", [op, "delete", "--from", path("to"), "tree"],
+                ["rm", "-rf", path("to/tree")], prepare=fill)
+        with open(path("from/big"), "wb") as out:
+            block = os.urandom(1 << 20)
+            for _ in range(2048):
+                out.write(block)
+        big = [op, "copy", "--from", path("from"), "big", "--to", path("to")]
+        compare("2 GiB file / cp", big, ["cp", path("from/big"), path("to")], after=clear)
+    finally:
+        shutil.rmtree(base)
+
+
+for place in places:
+    run(place)
+PYTHON
