@@ -190,6 +190,12 @@ static void forget_unreached(fop_request* request, int32_t group, int32_t index)
   }
 }
 
+// What is below a directory that could not be made was told with it.
+static int skip_item(fop_request* request, int32_t child) {
+  if (child > 0) request->groups[child]->dest_error = ENOTDIR;
+  return 1;
+}
+
 // Copies the names of one group. -1: stopped at *index.
 static int copy_names(fop_place* place, int32_t* index, int32_t* next_child) {
   fop_request* request = place->request;
@@ -199,7 +205,7 @@ static int copy_names(fop_place* place, int32_t* index, int32_t* next_child) {
     char* name = group.names[i];
     if (name[0]) {
       const int32_t child = fop_child_group(*request, place->group, i, next_child);
-      const int result = fop_copy_file(place, i, child);
+      const int result = group.dest_error ? skip_item(request, child) : fop_copy_file(place, i, child);
       if (result == 0) fop_item_done(request, group.dir, name);
       if (result != 0) name[0] = '\0', group.kept = true;
       if (result == -1) return fop_pause_trap(request), -1;
@@ -225,7 +231,7 @@ int fop_copy_groups(fop_request* request) {
     fop_place place = fop_open_place(request, g);
     int32_t index = 0;
     int result = copy_names(&place, &index, &next_child);
-    if (result == 0 && g > 0) {
+    if (result == 0 && g > 0 && !request->groups[g]->dest_error) {
       struct stat source;
       if (place.source && fstat(place.source.get(), &source) == 0 && !(source.st_mode & S_IXUSR))
         waiting.push_back(g);

@@ -106,7 +106,6 @@ int fop_copy_directory_end(fop_place* place) {
   fop_show_progress(request, request->done_bytes, request->total_bytes, nullptr,
                     "From: ", item.source.c_str(), "  To: ", item.dest.c_str());
   if (!place->dest) {
-    if (place->dest_error == ENOTDIR) return 0;
     return fop_copy_failed(request, "Unable to make '%s' directory\n", item.dest);
   }
   return settle_directory(place->dest.get(), item.status, true) ? 0 : fop_owner_failed(item);
