@@ -4,11 +4,13 @@
 
 #include <QApplication>
 
+#include "commands/associations.h"
 #include "core/command_line.h"
 #include "core/state.h"
 #include "core/ui/exit.h"
 #include "core/ui/signals.h"
 #include "fileops/ui/slots.h"
+#include "platform/host.h"
 #include "platform/qt/desktop_qt.h"
 #include "views/ui/base.h"
 
@@ -32,7 +34,9 @@ void startup_choose_display(const CommandLine& line) {
 
 int startup_run(int argc, char** argv, const CommandLine& line) {
   desktop_qt_setup();
+  host_extend_path();
   state_init(argc, argv);
+  init_read_associations(gConfigPath, "associate.003");
   signals_attach({slot_terminate_all, signal_refresh});
   base_create();
   base_open(line);
