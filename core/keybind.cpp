@@ -10,6 +10,7 @@
 std::forward_list<Action> gActions;
 std::forward_list<Section> gSections;
 std::forward_list<Link> gLinks;
+KeybindHooks gKeybindHooks;
 
 namespace {
 constexpr size_t kLineBuffer = 32;  // longer lines come in pieces, which do not parse
@@ -190,6 +191,18 @@ int kb_process(void* widget, void* data, const KeyEvent* event) {
     return 1;
   }
   return 0;
+}
+
+void init_actions() {
+  if (gKeybindHooks.actions) gKeybindHooks.actions();
+}
+
+void init_kb_defaults() {
+  if (gKeybindHooks.defaults) gKeybindHooks.defaults();
+}
+
+void init_link(const void* filelist) {
+  ac_link_widget(filelist, "filelist");
 }
 
 int kb_save(const char* dir, const char* name) {

@@ -72,6 +72,17 @@ const char* kb_get_accel_text(const char* action, const char* section, const cha
 // 0.
 int kb_process(void* widget, void* data, const KeyEvent* event);
 
+// What start-up calls to fill the registry; null, as by default, registers nothing.
+struct KeybindHooks {
+  void (*actions)() = nullptr;
+  void (*defaults)() = nullptr;
+};
+extern KeybindHooks gKeybindHooks;
+void init_actions();
+void init_kb_defaults();
+// Links the file list's widget to the section "filelist".
+void init_link(const void* filelist);
+
 // The text file of all bindings. A null dir: name is the whole path. 0, or -1 when it cannot be opened.
 int kb_save(const char* dir, const char* name);
 int kb_load(const char* dir, const char* name);

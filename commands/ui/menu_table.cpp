@@ -1,12 +1,10 @@
 #include "commands/ui/menu_table.h"
 
-#include <QMainWindow>
-
 #include "commands/ui/file_menu.h"
 #include "commands/ui/help.h"
 #include "commands/ui/view_menu.h"
+#include "core/ui/exit.h"
 #include "fileops/ui/edit_menu.h"
-#include "views/ui/base.h"
 #include "views/ui/hotlist_menu.h"
 #include "views/ui/navigation.h"
 
@@ -17,10 +15,6 @@ using enum MenuKind;
 template <auto command>
 void menu_command() {
   command();
-}
-
-void leave_program() {
-  base_window()->close();
 }
 
 constexpr MenuEntry menu_separator(const char* menu) {
@@ -53,7 +47,7 @@ constexpr MenuEntry kMenuRows[] = {
     menu_separator(kMenuFile),
     {kMenuFile, "fm_inspect", "&Inspect...", "F9", item, menu_command<fm_inspect>},
     menu_separator(kMenuFile),
-    {kMenuFile, "fm_exit", "E&xit", "Alt+X", item, leave_program},
+    {kMenuFile, "fm_exit", "E&xit", "Alt+X", item, fm_exit},
 
     {kMenuEdit, "em_cut", "Cu&t", "Ctrl+X", item, em_cut},
     {kMenuEdit, "em_copy", "C&opy", "Ctrl+C", item, em_copy},
