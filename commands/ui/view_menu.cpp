@@ -9,17 +9,19 @@
 #include "views/ui/base.h"
 
 namespace {
-// Each toggle and the part of the window that it stands for; null: always so.
+// Each toggle and the part of the window that it stands for; null: always so. There is neither a third
+// toolbar nor an icon pane: those never show.
 const struct {
   const char* item;
   const char* part;
-} kShown[] = {
-    {"vm_nav_tb", "nav_tb"},       {"vm_clip_tb", "clip_tb"},       {"vm_path_tb", "path_tb"},
-    {"vm_filter_tb", "filter_tb"}, {"vm_hotlist_tb", "hotlist_tb"}, {"vm_hotlist", "hotlist_panel"},
-    {"vm_status", "status_pane"},  {"vm_images_only", nullptr},
+} kViewParts[] = {
+    {"vm_nav_tb", "nav_tb"},         {"vm_clip_tb", "clip_tb"}, {"vm_misc_tb", "misc_tb"},
+    {"vm_hotlist_tb", "hotlist_tb"}, {"vm_path_tb", "path_tb"}, {"vm_filter_tb", "filter_tb"},
+    {"vm_images_only", nullptr},     {"vm_icon", "icon_pane"},  {"vm_hotlist", "hotlist_panel"},
+    {"vm_status", "status_pane"},
 };
 
-bool is_shown(const char* part) {
+bool view_part_shown(const char* part) {
   const QWidget* widget = base_find_widget(part);
   return widget && !widget->isHidden();
 }
@@ -44,7 +46,7 @@ int vm_inert() {
 }
 
 void vm_setup(QMenu* menu) {
-  for (const auto& row : kShown)
+  for (const auto& row : kViewParts)
     if (auto* item = menu->findChild<QAction*>(QString::fromLatin1(row.item)))
-      item->setChecked(!row.part || is_shown(row.part));
+      item->setChecked(!row.part || view_part_shown(row.part));
 }

@@ -56,7 +56,9 @@ TEST(Menus, ItemsFollowTheSelectionAndTheClipboard) {
     QApplication::clipboard()->setMimeData(new QMimeData);
     if (row.clipboard) clipboard_put({"/d", {"x"}, false}, false);
     window.select(row.selection);
-    if (row.file) EXPECT_EQ(disabled_in(window.menu("file_menu")), row.file);
+    if (row.file) {
+      EXPECT_EQ(disabled_in(window.menu("file_menu")), row.file);
+    }
     EXPECT_EQ(disabled_in(window.menu("edit_menu")), row.edit);
   }
   EXPECT_EQ(disabled_in(window.menu("go_menu")), "gm_back gm_forward ");
@@ -99,7 +101,6 @@ TEST(Menus, TextFieldsKeepTheKeysThatEditText) {
         {Qt::Key_Home, Qt::NoModifier, "wxy"},      {Qt::Key_Delete, Qt::NoModifier, "xy"},
         {Qt::Key_V, Qt::ControlModifier, "wxyzxy"}, {Qt::Key_A, Qt::ControlModifier, "wxyzxy"},
         {Qt::Key_X, Qt::ControlModifier, ""},       {Qt::Key_V, Qt::ControlModifier, "wxyzxy"},
-        {Qt::Key_U, Qt::ControlModifier, ""},
     };
     field->setFocus();
     field->setText(QStringLiteral("wxyz"));
@@ -121,7 +122,10 @@ TEST(Menus, KeysWithoutModifiersBelongToTheList) {
   tree->setFocus();
   for (Qt::Key key : {Qt::Key_Delete, Qt::Key_Return}) QTest::keyClick(tree, key);
   EXPECT_TRUE(path_exists(window / "d"));
-  EXPECT_EQ(gDir.path, window.path());
+  EXPECT_NE(gDir.path, window / "d") << "Enter is the tree's";
+  fl_setpath(window.path().c_str());
+  fl_goto_index(window.index_of("d"));  // current, but not selected: the menu's Open is disabled
+  fl_unselect_all();
   window.list()->setFocus();
   QTest::keyClick(window.list(), Qt::Key_Return);
   EXPECT_EQ(gDir.path, window / "d");
@@ -164,9 +168,7 @@ TEST(Menus, HelpTellsTheKeysAndTheVersion) {
   ASSERT_TRUE(reference);
   const QString text = reference->findChild<QTextBrowser*>()->toPlainText();
   for (const MenuEntry& entry : kMenuTable)
-    if (*entry.keys)
-      EXPECT_TRUE(text.contains(QString::fromLatin1(entry.keys)))
-          << "the page does not tell of " << entry.keys;
+    EXPECT_TRUE(text.contains(QString::fromLatin1(entry.keys))) << "the page does not tell of " << entry.keys;
   QTest::keyClick(reference, Qt::Key_Escape);
   EXPECT_FALSE(open_dialog("quickref"));
   menu_item("help_about")->trigger();

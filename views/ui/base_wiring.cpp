@@ -8,11 +8,13 @@
 #include "commands/ui/file_menu.h"
 #include "commands/ui/menus.h"
 #include "commands/ui/view_menu.h"
+#include "core/keybind.h"
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
 #include "fileops/ui/clipboard.h"
 #include "fileops/ui/edit_menu.h"
 #include "views/ui/base.h"
+#include "views/ui/file_list_dnd.h"
 #include "views/ui/file_list_hooks.h"
 #include "views/ui/file_list_view.h"
 #include "views/ui/hotlist_menu.h"
@@ -37,12 +39,17 @@ void base_wire_tree(QTreeWidget* tree) {
   tree_setup(tree);
 }
 
-void base_wire_list(FileListView*) {
+void base_wire_list(FileListView* list) {
   gFileListHooks.refresh_cut = file_get_cut_files;
   gFileListHooks.is_cut = file_is_cut;
   gFileListHooks.context_menu = list_cmenu_open;
   gFileListHooks.open_selected = [] { fm_open(); };
   gFileListHooks.open_file = open_file;
+  gFileListHooks.start_drag = fl_dnd_start;
+  fl_dnd_attach(list);
+  init_actions();
+  init_kb_defaults();
+  init_link(list);
 }
 
 void base_wire_menus(QMainWindow* window) {
