@@ -118,7 +118,7 @@ TEST(DragAndDrop, ADropWithinASecondOfTheDragsStartIsIgnored) {
   const auto mime = carried(window.path(), {"file"});
   EXPECT_EQ(drop(window, *mime, "d"), Qt::IgnoreAction);
   EXPECT_TRUE(path_exists(window / "file"));
-  QTest::qWait(1000);
+  QTest::qWait(1100);
   EXPECT_EQ(drop(window, *mime, "d"), Qt::MoveAction);
   ASSERT_TRUE(settled());
   EXPECT_TRUE(path_exists(window / "d/file"));
