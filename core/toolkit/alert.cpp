@@ -127,19 +127,21 @@ AlertWindow::~AlertWindow() {
 void AlertWindow::fit_message(const QString& message) {
   QLabel* label = ui_->alert_message;
   label->setFont(font_from_name(QStringLiteral("helv12")));
-  label->setText(foldable(message));
+  QString shown = message;
+  while (shown.endsWith(QLatin1Char('\n'))) shown.chop(1);
+  label->setText(foldable(shown));
   label->setAccessibleName(message);
   const QRect desktop = QApplication::primaryScreen()->availableGeometry();
   const QFontMetrics metrics = label->fontMetrics();
   const int widest = std::min(desktop.width() * 2 / 3, metrics.averageCharWidth() * 72);
   int text_width = 0;
-  for (const QString& line : message.split(QLatin1Char('\n')))
+  for (const QString& line : shown.split(QLatin1Char('\n')))
     text_width = std::max(text_width, metrics.horizontalAdvance(line) + 4);
   const int width = std::min(widest, std::max(text_width, metrics.averageCharWidth() * 36));
   const int height = std::max(label->heightForWidth(width), label->minimumHeight());
-  const int shown = std::min(height, desktop.height() / 2);
-  if (shown < height) ui_->alert_scroll->setFocusPolicy(Qt::StrongFocus);
-  ui_->alert_scroll->setMinimumSize(width + (shown < height ? 24 : 0), shown);
+  const int visible = std::min(height, desktop.height() / 2);
+  if (visible < height) ui_->alert_scroll->setFocusPolicy(Qt::StrongFocus);
+  ui_->alert_scroll->setMinimumSize(width + (visible < height ? 24 : 0), visible);
 }
 
 void AlertWindow::add_buttons() {
