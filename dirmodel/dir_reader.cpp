@@ -119,11 +119,10 @@ bool bounded_call(DirReader& reader, Stage stage, int* error, const Work& work) 
   return reader.call.compare_exchange_strong(number, number + 1, std::memory_order_acq_rel);
 }
 
-void tell_interface(DirReader& reader, std::unique_lock<std::mutex>& lock) {
-  const bool wake = std::exchange(reader.wake_desktop, false);
+// To be called with the mutex held, so that no waking is under way any more once dir_reader_cancel returns.
+void tell_interface(DirReader& reader) {
   reader.filled.notify_one();
-  lock.unlock();
-  if (wake) desk_wake();
+  if (std::exchange(reader.wake_desktop, false)) desk_wake();
 }
 
 // Opens the directory, entering it in this thread's own view of the file system first: what that would wait
@@ -151,10 +150,10 @@ bool open_stage(DirReader& reader, bool private_cwd) {
   const std::string link = "/proc/self/fd/" + std::to_string(enter_fd);
   const ssize_t length = enter_fd >= 0 ? readlink(link.c_str(), real, sizeof real) : -1;
   reader.slow.directory = length > 0 ? std::string(real, static_cast<size_t>(length)) : reader.path;
-  std::unique_lock lock(reader.mutex);
+  std::lock_guard lock(reader.mutex);
   reader.opened = enter_fd >= 0;
   reader.failed = !reader.dir;
-  tell_interface(reader, lock);
+  tell_interface(reader);
   return true;
 }
 
@@ -320,7 +319,7 @@ void hand_over_batch(DirReader& reader) {
   std::unique_lock lock(reader.mutex);
   reader.room.wait(lock, [&] { return reader.ready.size() < kQueue || reader.cancelled; });
   reader.ready.push_back(std::move(reader.batch));
-  tell_interface(reader, lock);
+  tell_interface(reader);
 }
 
 // Everything from where the thread before was left. False: this one was left behind too.
@@ -346,11 +345,11 @@ void reader_run(const std::shared_ptr<DirReader>& reader) {
   const bool private_cwd = unshare(CLONE_FS) == 0;
   if (reader->stage == Stage::open && !open_stage(*reader, private_cwd)) return;
   if ((reader->dir || reader->batch) && !read_on(*reader)) return;
-  std::unique_lock lock(reader->mutex);
+  std::lock_guard lock(reader->mutex);
   reader->thread_alive = false;
   reader->ended = true;
   if (reader->names_error) reader->failed = true;
-  tell_interface(*reader, lock);
+  tell_interface(*reader);
 }
 
 // --- the interface thread --------------------------------------------------------------------------------
@@ -456,5 +455,6 @@ int dir_reader_enter_fd(const DirReader& reader) {
 void dir_reader_cancel(const std::shared_ptr<DirReader>& reader) {
   reader->cancelled = true;
   std::lock_guard lock(reader->mutex);
+  reader->wake_desktop = false;
   reader->room.notify_all();
 }

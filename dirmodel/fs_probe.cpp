@@ -61,7 +61,7 @@ void probe_run(const std::shared_ptr<Probe>& probe) {
   std::lock_guard lock(probe->mutex);
   probe->done = true;
   probe->changed.notify_all();
-  if (probe->wake_desktop) desk_wake();
+  if (probe->wake_desktop) desk_wake();  // while it is locked: who waits for this end knows it is over
 }
 
 // > 0 when the path is a directory, as fs_path_is_directory says it.
@@ -122,7 +122,11 @@ bool fs_bounded(std::function<void()> work, int timeout_ms) {
     if (probe->done) return true;
     pthread_kill(probe->thread, SIGALRM);
   }
-  return probe_wait(*probe, ProbeClock::now() + kGrace);
+  if (probe_wait(*probe, ProbeClock::now() + kGrace)) return true;
+  // Left behind: by the time it ends, the desktop may have ended too.
+  std::lock_guard lock(probe->mutex);
+  probe->wake_desktop = false;
+  return probe->done;
 }
 
 int fs_look_for_subdirectories(const char* path, int flags) {
