@@ -7,7 +7,6 @@
 #include "dirmodel/dir_read.h"
 #include "dirmodel/dir_sort.h"
 #include "dirmodel/text.h"
-#include "views/fname.h"
 #include "views/ui/file_list_hooks.h"
 
 namespace {
@@ -25,38 +24,6 @@ const Column kColumns[] = {
 };
 static_assert(sizeof kColumns / sizeof kColumns[0] == FL_COLUMNS);
 
-std::string permission_text(mode_t mode) {
-  std::string text = "--- --- ---";
-  for (int part = 1; part <= 3; ++part) dir_get_permissions(mode, &text[(part - 1) * 4], part);
-  return text;
-}
-
-std::string column_text(const DirEntry& entry, int column) {
-  char id_name[16] = "";
-  std::string date;
-  switch (column) {
-    case 0:
-      return fname_decode(entry.name);
-    case 1:
-      return cvt2c(entry.st.st_size);
-    case 2:
-      es_generate_time_string(&date, entry.st.st_mtime, 2);
-      return date;
-    case 3:
-      dir_get_username(entry.st.st_uid, id_name);
-      return id_name;
-    case 4:
-      dir_get_groupname(entry.st.st_gid, id_name);
-      return id_name;
-    case 5:
-      return permission_text(entry.st.st_mode);
-    case 6:
-      return (entry.flags & ENTRY_INFO) && entry.info ? fname_decode(entry.info) : "";
-    default:
-      return "";
-  }
-}
-
 // A name may hold line feeds and other controls, which would break the row: each shows as a blank sign.
 QString one_line(const std::string& text) {
   QString line = QString::fromUtf8(text.data(), qsizetype(text.size()));
@@ -73,13 +40,6 @@ const DirEntry* live_entry(int i) {
 }
 
 }  // namespace
-
-std::string fl_row_text(const DirEntry& entry) {
-  std::string text = column_text(entry, 0);
-  const int last = entry.flags & ENTRY_INFO ? 6 : 5;
-  for (int column = 1; column <= last; ++column) text += "\t" + column_text(entry, column);
-  return text;
-}
 
 const char* fl_row_image(const DirEntry& entry) {
   const bool directory = dir_entry_is_directory(entry), executable = entry.st.st_mode & S_IXUSR;
@@ -150,10 +110,10 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const {
   // While a directory is read the entries change under the rows that still stand.
   const DirEntry* entry = live_entry(i);
   if (!entry) return {};
-  if (text) return one_line(column_text(*entry, index.column()));
+  if (text) return one_line(fl_column_text(*entry, index.column()));
   if (role == Qt::DecorationRole && index.column() == 0) return icon_get(fl_row_image(*entry));
   if (role == Qt::ToolTipRole && (index.column() == 0 || index.column() == 6))
-    return one_line(column_text(*entry, index.column())).toHtmlEscaped();
+    return one_line(fl_column_text(*entry, index.column())).toHtmlEscaped();
   return {};
 }
 

@@ -3,9 +3,7 @@
 
 #include <QAbstractTableModel>
 
-struct DirEntry;
-
-enum { FL_COLUMNS = 7 };
+#include "views/row_text.h"
 
 class FileListModel : public QAbstractTableModel {
  public:
@@ -38,8 +36,6 @@ class FileListModel : public QAbstractTableModel {
   bool parent_row_ = false;
 };
 
-// One row's text, its columns separated by tabs: seven of them for an entry with a link text, else six.
-std::string fl_row_text(const DirEntry& entry);
 // The image's name for an entry of gDir.
 const char* fl_row_image(const DirEntry& entry);
 // The object name of a column's header: "fh_filename" for column 0.

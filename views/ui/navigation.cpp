@@ -1,20 +1,15 @@
 #include "views/ui/navigation.h"
 
-#include <dirent.h>
-
 #include <QMainWindow>
 
 #include <cstdlib>
-#include <list>
-#include <memory>
 #include <string>
 
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
-#include "dirmodel/fs_probe.h"
-#include "dirmodel/text.h"
 #include "views/find.h"
-#include "views/fname.h"
+#include "views/path_check.h"
+#include "views/path_history.h"
 #include "views/ui/base.h"
 #include "views/ui/file_list.h"
 #include "views/ui/file_list_parts.h"
@@ -22,42 +17,13 @@
 
 namespace {
 
-constexpr size_t kDepth = 10;
-using PathStack = std::list<std::string>;  // the top in front
-PathStack sBackward, sForward;
-
-void x_history_push(PathStack* stack, const std::string& path) {
-  if (path.empty() || (!stack->empty() && stack->front() == path)) return;
-  stack->push_front(path);
-  if (stack->size() > kDepth) stack->pop_back();
-}
-
-// Opening can hang as any other call on a file system that does.
-bool opens(const std::string& path) {
-  auto opened = std::make_shared<bool>(false);
-  fs_bounded([path, opened] {
-    if (DIR* stream = opendir(path.c_str())) {
-      closedir(stream);
-      *opened = true;
-    }
-  });
-  return *opened;
-}
-
 // The cleaned path; empty, after its message, when it cannot be shown, or silently when it is the current
 // one.
-std::string x_check_path(const char* text) {
-  std::string path = text ? text : "";
-  es_strip_pathname(&path);
-  if (path == gDir.path) return {};
-  const int links = fs_path_is_directory(path.c_str());
-  const char* message = links < 0      ? "Directory '%s', not found"
-                        : links == 0   ? "Path '%s' not found"
-                        : !opens(path) ? "Cannot access directory '%s'"
-                                       : nullptr;
-  if (!message) return path;
-  wreport(base_window(), "Error", message, fname_decode(path.c_str()));
-  return {};
+std::string checked_path(const std::string& text) {
+  std::string message;
+  const std::string path = x_check_path(text.c_str(), gDir.path, &message);
+  if (!message.empty()) wreport(base_window(), "Error", "%s", message.c_str());
+  return path;
 }
 
 // A way of going elsewhere that is chosen while a directory is read gives that reading up, and is gone when
@@ -85,7 +51,7 @@ std::string last_component(std::string path) {
 int fl_setpath(const char* path) {
   const std::string text = path ? path : "";
   if (put_off([text] { fl_setpath(text.c_str()); })) return 0;
-  const std::string checked = x_check_path(text.c_str());
+  const std::string checked = checked_path(text);
   if (checked.empty()) return -1;
   gDir.path = checked;
   fl_refresh();
@@ -96,10 +62,10 @@ int fl_newpath(const char* path) {
   const std::string text = path ? path : "";
   if (put_off([text] { fl_newpath(text.c_str()); })) return 0;
   const std::string previous = gDir.path;
-  const std::string checked = x_check_path(text.c_str());
+  const std::string checked = checked_path(text);
   if (checked.empty()) return -1;
-  sForward.clear();
-  x_history_push(&sBackward, previous);
+  forward_history.paths.clear();
+  x_history_push(&backward_history, previous);
   gDir.path = checked;
   fl_refresh();
   return 0;
@@ -122,31 +88,28 @@ void fl_down() {
 
 void fl_back() {
   if (put_off([] { fl_back(); })) return;
-  if (sBackward.empty()) return;
-  x_history_push(&sForward, gDir.path);
-  const std::string path = sBackward.front();
-  sBackward.pop_front();
+  if (backward_history.paths.empty()) return;
+  x_history_push(&forward_history, gDir.path);
+  std::string path;
+  x_history_pop(&backward_history, &path);
   fl_setpath(path.c_str());
   tb_update();
 }
 
 void fl_forward() {
   if (put_off([] { fl_forward(); })) return;
-  x_history_push(&sBackward, gDir.path);
-  if (!sForward.empty()) {
-    const std::string path = sForward.front();
-    sForward.pop_front();
-    fl_setpath(path.c_str());
-  }
+  x_history_push(&backward_history, gDir.path);
+  std::string path;
+  if (x_history_pop(&forward_history, &path)) fl_setpath(path.c_str());
   tb_update();
 }
 
 int fl_get_back_count() {
-  return int(sBackward.size());
+  return int(backward_history.paths.size());
 }
 
 int fl_get_forward_count() {
-  return int(sForward.size());
+  return int(forward_history.paths.size());
 }
 
 int fl_setspec(const char* spec) {

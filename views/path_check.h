@@ -1,0 +1,8 @@
+// Whether a path can be shown.
+#pragma once
+
+#include <string>
+
+// The cleaned path; empty when it cannot be shown, with the message for the error box in *message. Empty
+// without a message when it is current, the path shown now. Bounded.
+std::string x_check_path(const char* text, const std::string& current, std::string* message);
