@@ -1,9 +1,38 @@
+#include <unistd.h>
+
 #include <QApplication>
-#include <QMainWindow>
+#include <cstdio>
+
+#include "core/command_line.h"
+#include "core/ui/signals.h"
+#include "core/ui/startup.h"
+
+// A display that cannot be reached is a plain failure, not a crash with a core file.
+static void report_fatal(QtMsgType type, const QMessageLogContext&, const QString& message) {
+  if (type == QtDebugMsg || type == QtInfoMsg) return;
+  std::fprintf(stderr, "ZAN error: %s\n", message.toLocal8Bit().constData());
+  if (type == QtFatalMsg) _exit(1);
+}
 
 int main(int argc, char** argv) {
-  QApplication application(argc, argv);
-  QMainWindow base;
-  base.show();
-  return QApplication::exec();
+  setpgid(0, 0);  // what it starts can be signalled together with it
+  const CommandLine line = command_line_parse(argc, argv);
+  if (line.bad) {
+    std::fputs(command_line_usage(), stderr);
+    return 2;
+  }
+  if (line.help || line.version) {
+    std::fputs(line.help ? command_line_help() : command_line_version(), stdout);
+    return 0;
+  }
+  signals_hold();
+  startup_choose_display(line);
+  qInstallMessageHandler(report_fatal);
+  int own_argc = 1;  // the toolkit parses nothing of the command line
+  QApplication application(own_argc, argv);
+  QApplication::setApplicationName(QStringLiteral("zan"));
+  QApplication::setApplicationDisplayName(QString());
+  QApplication::setDesktopFileName(QStringLiteral("zan"));
+  QApplication::setQuitOnLastWindowClosed(false);
+  return startup_run(argc, argv, line);
 }

@@ -16,7 +16,6 @@
 #include "core/state.h"
 #include "core/toolkit/fonts.h"
 #include "core/toolkit/icons.h"
-#include "core/toolkit/message.h"
 #include "core/ui/exit.h"
 #include "dirmodel/dir_record.h"
 #include "platform/desktop.h"
@@ -148,12 +147,9 @@ void base_update() {
   sBase->setWindowTitle(QStringLiteral("ZAN: ") + QString::fromUtf8(fname_decode(gDir.path.c_str())));
   if (sKeepTyping) return;
   tb_curpath_set_text(gDir.path.c_str());
-  // Only a window that is in front already comes to the front: a refresh must not cover what the user does in
-  // another program, or a question of an operation.
-  if (sBase->isActiveWindow())
-    misc_give_focus(sUi.filelist);
-  else
-    sUi.filelist->setFocus();
+  // The focus within the window only: a refresh must not bring it in front of what the user does elsewhere,
+  // or of an operation's question.
+  sUi.filelist->setFocus();
 }
 
 void signal_refresh() {

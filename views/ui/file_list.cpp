@@ -190,6 +190,8 @@ void fl_invert_index(int i) {
 }
 
 void fl_select_all() {
+  sPointed = nullptr;
+  sParentSelected = false;
   for (int i = 0; i < gDir.count; ++i) gDir.entries[i]->flags |= ENTRY_SELECTED;
   gDir.sel_count = gDir.count;
   gDir.sel_dir_count = gDir.dir_count;

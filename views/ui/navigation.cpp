@@ -17,11 +17,15 @@
 
 namespace {
 
-// The cleaned path; empty, after its message, when it cannot be shown, or silently when it is the current
-// one.
+int sAttempts = 0;
+
+// The cleaned path; empty, after its message, when it cannot be shown. Silently empty when it is the current
+// one, or when the user went elsewhere while a slow file system was asked.
 std::string checked_path(const std::string& text) {
+  const int attempt = ++sAttempts;
   std::string message;
   const std::string path = x_check_path(text.c_str(), gDir.path, &message);
+  if (attempt != sAttempts) return {};
   if (!message.empty()) wreport(base_window(), "Error", "%s", message.c_str());
   return path;
 }
@@ -61,11 +65,10 @@ int fl_setpath(const char* path) {
 int fl_newpath(const char* path) {
   const std::string text = path ? path : "";
   if (put_off([text] { fl_newpath(text.c_str()); })) return 0;
-  const std::string previous = gDir.path;
   const std::string checked = checked_path(text);
   if (checked.empty()) return -1;
   forward_history.paths.clear();
-  x_history_push(&backward_history, previous);
+  x_history_push(&backward_history, gDir.path);
   gDir.path = checked;
   fl_refresh();
   return 0;
