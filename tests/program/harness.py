@@ -195,22 +195,30 @@ class Desktop:
         self.env.update(DISPLAY=self.display, HOME=self.home, LC_ALL="C.UTF-8", QT_QPA_PLATFORM="xcb",
                         XDG_RUNTIME_DIR=self.root, NO_AT_BRIDGE="1")
         if self.window_manager:
-            subprocess.Popen(["openbox", "--config-file", "/dev/null"], env=self.env, cwd=self.root,
-                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-            wait_for(lambda: subprocess.run(["wmctrl", "-m"], env=self.env, stdout=subprocess.DEVNULL,
-                                            stderr=subprocess.DEVNULL, check=False).returncode == 0,
-                     "a window manager")
+            manager = []
+
+            def managed():
+                if not manager or manager[0].poll() is not None:
+                    manager[:] = [subprocess.Popen(["openbox", "--config-file", "/dev/null"], env=self.env,
+                                                   cwd=self.root, stdout=subprocess.DEVNULL,
+                                                   stderr=subprocess.DEVNULL)]
+                return subprocess.run(["wmctrl", "-m"], env=self.env, stdout=subprocess.DEVNULL,
+                                      stderr=subprocess.DEVNULL, check=False).returncode == 0
+            wait_for(managed, "a window manager")
 
     def __exit__(self, kind, error, trace):
         if error is not None and hasattr(self, "env"):
             self._explain()
+        server = getattr(self, "server", None)
+        self._kill([pid for pid in descendants(os.getpid()) if not server or pid != server.pid])
+        if server and server.poll() is None:  # told to end, it takes its lock file and its socket with it
+            server.terminate()
+            try:
+                server.wait(10)
+            except subprocess.TimeoutExpired:
+                pass
         for _ in range(50):
-            left = descendants(os.getpid())
-            for pid in left:
-                try:
-                    os.kill(pid, signal.SIGKILL)
-                except ProcessLookupError:
-                    pass
+            self._kill(descendants(os.getpid()))
             try:
                 while os.waitpid(-1, os.WNOHANG)[0]:
                     pass
@@ -219,6 +227,14 @@ class Desktop:
             time.sleep(0.02)
         subprocess.run(["chmod", "-R", "u+rwx", self.root], stderr=subprocess.DEVNULL, check=False)
         shutil.rmtree(self.root, ignore_errors=True)
+
+    @staticmethod
+    def _kill(pids):
+        for pid in pids:
+            try:
+                os.kill(pid, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
 
     def _explain(self):
         for app in self.apps:

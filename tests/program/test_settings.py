@@ -133,7 +133,7 @@ def histories_load_twenty_lines(desk):
 def hidden_hotlist_pane_stays_hidden(desk):
     run_once(desk)
     app = desk.start(desk.work)
-    app.keys("alt+e", "Right", "h")
+    app.keys("alt+g", "Left", "h")
     app.close()
     assert app.wait() == 0
     assert record_of(desk)[0]["shown"] == 0
