@@ -163,6 +163,7 @@ Data compare_size(fop_content* content, int64_t copied_before, int* empty_reads)
   if (content->copied > now.st_size || *empty_reads == kEmptyReads)
     return read_failed(*content, "Its size has changed");
   content->status.st_size = now.st_size;
+  content->status.st_blocks = now.st_blocks;
   return Data::more;
 }
 }  // namespace
