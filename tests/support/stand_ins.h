@@ -22,6 +22,8 @@ class StandIns {
   void add(const std::string& name, const std::string& then = "exit 0");
   // A terminal that runs "-e PROGRAM ARGUMENT..." (or a shell that ends at once) without a window.
   void add_running_terminal();
+  // From now on nothing else is found but the companions and what the stand-ins themselves need.
+  void hide_other_programs();
   // The calls, in the order they came, once there are at least so many.
   std::vector<Call> calls(size_t count);
   // Of the program of that name.
