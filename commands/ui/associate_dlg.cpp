@@ -34,6 +34,8 @@ class AssociateDialog : public QDialog {
     (atmp_.empty() ? static_cast<QWidget*>(ui_.as_add) : ui_.as_list)->setFocus();
   }
 
+  QSize sizeHint() const override { return size_; }
+
   // The list's own keys: Enter changes the line, which the dialog would take for Done.
   bool eventFilter(QObject* object, QEvent* event) override {
     if (event->type() != QEvent::KeyPress) return QDialog::eventFilter(object, event);
@@ -129,6 +131,7 @@ class AssociateDialog : public QDialog {
   }
 
   Ui::associate_dlg ui_;
+  QSize size_;
   std::vector<std::string> atmp_;  // the working copy, one line an association
   int32_t atmp_sel_ = 0;           // from 1; 0: none
   int32_t apat_mode_ = 0;
