@@ -1,7 +1,6 @@
 #include "commands/ui/associate_dlg.h"
 
 #include <QDialog>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMainWindow>
 #include <QPointer>
@@ -56,18 +55,17 @@ class AssociateDialog : public QDialog {
   }
 
  private:
+  // Wide enough for the default table at any font size.
   void set_up_columns() {
-    const int letter = ui_.as_list->fontMetrics().averageCharWidth();
-    const int letters[] = {26, 24, 20, 14};
-    int width = 4 * letter;
+    const QFontMetrics metrics = ui_.as_list->fontMetrics();
+    const int letter = metrics.averageCharWidth();
+    const int letters[] = {34, 28, 28, 14};
+    int width = ui_.as_add->sizeHint().width() + 8 * letter;
     for (int column = 0; column < 4; ++column) {
       ui_.as_list->setColumnWidth(column, letters[column] * letter);
       width += letters[column] * letter;
     }
-    ui_.as_list->setMinimumWidth(width * 2 / 3);
-    ui_.as_list->header()->setSectionsMovable(false);
-    resize(width + ui_.as_add->sizeHint().width() + 6 * letter,
-           18 * ui_.as_list->fontMetrics().lineSpacing());
+    size_ = {width, 24 * metrics.lineSpacing()};
   }
 
   void as_setup() {

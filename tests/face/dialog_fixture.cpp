@@ -84,7 +84,7 @@ QDialog* DialogTest::dialog(const char* name) {
   for (QWidget* window : QApplication::topLevelWidgets()) {
     auto* found = qobject_cast<QDialog*>(window);
     if (!found || !found->isVisible() || found->objectName() != QString::fromLatin1(name)) continue;
-    found->activateWindow();  // no window manager does it when a window over this one closes
+    found->activateWindow();            // no window manager does it when a window over this one closes
     QCoreApplication::processEvents();  // over an active window it counts as active before it has the keys
     EXPECT_TRUE(QTest::qWaitForWindowActive(found));
     return found;
