@@ -9,7 +9,7 @@ SlotLine::SlotLine(QWidget* parent) : QLabel(parent) {
 }
 
 QSize SlotLine::sizeHint() const {
-  return {fontMetrics().averageCharWidth() * 62, fontMetrics().height()};
+  return {fontMetrics().averageCharWidth() * 78, fontMetrics().height()};
 }
 
 QSize SlotLine::minimumSizeHint() const {

@@ -72,7 +72,7 @@ class App:
 
     def windows(self, visible=True):
         """Window ids of the program's top-level windows."""
-        options = ["--onlyvisible"] if visible else []
+        options = ["--all", "--onlyvisible"] if visible else ["--all"]
         found = self.desk.xdotool("search", *options, "--pid", str(self.pid), "--name", ".", check=False).split()
         return [w for w in found if self.desk.is_managed(w)]
 
