@@ -34,12 +34,16 @@ class TypingWatch : public QObject {
  protected:
   bool eventFilter(QObject* object, QEvent* event) override {
     if (event->type() == QEvent::KeyPress && object->isWidgetType() &&
+        is_text(*static_cast<QKeyEvent*>(event)) &&
         dynamic_cast<AlertWindow*>(static_cast<QWidget*>(object)->window()) == nullptr)
       last_key_.start();
     return false;
   }
 
  private:
+  static bool is_text(const QKeyEvent& key) {
+    return !(key.modifiers() & ~Qt::ShiftModifier) && !key.text().isEmpty() && key.text()[0].isPrint();
+  }
   TypingWatch() { qApp->installEventFilter(this); }
   QElapsedTimer last_key_;
 };
