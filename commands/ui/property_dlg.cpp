@@ -4,8 +4,6 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <array>
-#include <system_error>
-#include <thread>
 
 #include "commands/associations.h"
 #include "commands/properties.h"
@@ -15,6 +13,7 @@
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
 #include "platform/desktop.h"
+#include "platform/detached.h"
 #include "ui_property_dlg.h"
 #include "views/ui/base.h"
 #include "views/ui/file_list.h"
@@ -22,6 +21,8 @@
 namespace {
 
 constexpr int ICON_SIZE = 48;
+constexpr int FILETYPE_SHOWN = 300;  // characters; the tool tip has the rest
+constexpr size_t FILETYPE_STACK = 256 * 1024;
 
 QString utf8(const std::string& text) {
   return QString::fromStdString(text);
@@ -47,6 +48,7 @@ void show_path(QLineEdit* field, const std::string& path) {
   palette.setColor(QPalette::Base, Qt::transparent);
   field->setPalette(palette);
   field->setTextMargins(-2, 0, 0, 0);
+  field->setFixedHeight(field->fontMetrics().height() + 2);
   field->setText(utf8(path));
   field->setCursorPosition(0);
   field->setToolTip(utf8(path));
@@ -69,6 +71,7 @@ class PropertyDialog : public QDialog {
 
   void accept() override;
   void reject() override {
+    stop_ = true;  // while the changes are made, Escape leaves out those that are still to come
     if (!busy_) QDialog::reject();
   }
   void done(int result) override {
@@ -92,7 +95,7 @@ class PropertyDialog : public QDialog {
   const int serial_ = ++sSerial;
   Ui::property_dlg ui_;
   PropertyRecord record_;
-  bool busy_ = false;
+  bool busy_ = false, stop_ = false;
 };
 
 int PropertyDialog::sSerial = 0;
@@ -188,12 +191,13 @@ PropertyChange PropertyDialog::change() const {
   return change;
 }
 
-// Every entry is attempted, each error shown. The name to go to. The dialog may be gone when this returns.
+// Every entry is attempted, each error shown, unless the user has enough of waiting for a file system. The
+// name to go to. The dialog may be gone when this returns.
 std::string PropertyDialog::apply_all() {
   const QPointer<PropertyDialog> alive(this);
   const PropertyChange wanted = change();
   PropertyRecord record = record_;
-  for (size_t i = 0; i < record.entries.size(); i++) {
+  for (size_t i = 0; i < record.entries.size() && alive && !stop_; i++) {
     const std::string message = prop_apply(&record, i, wanted);
     if (!message.empty()) wreport(alive, "Error", "%s", message.c_str());
   }
@@ -215,7 +219,10 @@ void PropertyDialog::accept() {
 
 // A long text takes more lines than were kept for it.
 void PropertyDialog::show_filetype(const std::string& text) {
-  ui_.pr_filetype->setText(utf8(text).trimmed());
+  const QString type = utf8(text).trimmed();
+  const bool long_one = type.size() > FILETYPE_SHOWN;
+  ui_.pr_filetype->setText(long_one ? type.left(FILETYPE_SHOWN) + QChar(0x2026) : type);
+  if (long_one) ui_.pr_filetype->setToolTip(QLatin1String("<qt>") + type.toHtmlEscaped());
   layout()->activate();
   const int needed = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(width()) : 0;
   if (needed > height()) resize(width(), needed);
@@ -224,17 +231,15 @@ void PropertyDialog::show_filetype(const std::string& text) {
 // Finding out the type starts a program and reads the file: the dialog does not wait for it.
 void PropertyDialog::ask_filetype() const {
   if (record_.one_entry < 0) return;
-  const auto find_out = [serial = serial_, entry = record_.entries[0]] {
-    std::string type;
-    if (!as_get_filetype(entry.name.c_str(), entry.mode, &type)) return;
-    desk_post([serial, type] {
-      if (sPropertyDialog && sPropertyDialog->serial() == serial) sPropertyDialog->show_filetype(type);
-    });
-  };
-  try {
-    std::thread(find_out).detach();
-  } catch (const std::system_error&) {  // no thread to spare: the type stays empty
-  }
+  detached_start(
+      [serial = serial_, entry = record_.entries[0]] {
+        std::string type;
+        if (!as_get_filetype(entry.name.c_str(), entry.mode, &type)) return;
+        desk_post([serial, type] {
+          if (sPropertyDialog && sPropertyDialog->serial() == serial) sPropertyDialog->show_filetype(type);
+        });
+      },
+      FILETYPE_STACK);
 }
 
 }  // namespace
