@@ -85,8 +85,7 @@ TEST_F(Accessible, EveryWindowSpeaksIsDrivenByTabAndClosesByEscape) {
     row.open();
     QWidget* window = new_window(before);
     ASSERT_TRUE(window);
-    window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    ASSERT_TRUE(activate(window));
     check(window);
     // Tab reaches each button that the mouse reaches, but the other toggles of an exclusive group.
     std::set<QWidget*> reached;

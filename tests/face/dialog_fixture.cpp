@@ -80,13 +80,19 @@ void DialogTest::answer_message() {
   }
 }
 
+// There is no window manager that does it, and a window counts as active for QTest while its parent is.
+bool DialogTest::activate(QWidget* window) {
+  return QTest::qWaitFor([window] {
+    if (QApplication::activeWindow() != window) window->activateWindow();
+    return QApplication::activeWindow() == window;
+  });
+}
+
 QDialog* DialogTest::dialog(const char* name) {
   for (QWidget* window : QApplication::topLevelWidgets()) {
     auto* found = qobject_cast<QDialog*>(window);
     if (!found || !found->isVisible() || found->objectName() != QString::fromLatin1(name)) continue;
-    found->activateWindow();            // no window manager does it when a window over this one closes
-    QCoreApplication::processEvents();  // over an active window it counts as active before it has the keys
-    EXPECT_TRUE(QTest::qWaitForWindowActive(found));
+    EXPECT_TRUE(activate(found));
     return found;
   }
   return nullptr;

@@ -22,6 +22,8 @@ class DialogTest : public testing::Test {
   // The next message must have this text, and gets key.
   void expect_message(const std::string& text, Qt::Key key = Qt::Key_Return);
 
+  // Makes window the one that keys go to.
+  static bool activate(QWidget* window);
   // The open dialog of that name, ready for keys; null when there is none.
   static QDialog* dialog(const char* name);
   template <class T>
