@@ -4,12 +4,16 @@ install(PROGRAMS packaging/zan-launch DESTINATION ${CMAKE_INSTALL_BINDIR})
 if(ZAN_COMPANIONS)
   install(TARGETS ${ZAN_COMPANIONS} RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/zan)
 endif()
+configure_file(packaging/org.freedesktop.FileManager1.service.in org.freedesktop.FileManager1.service @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/org.freedesktop.FileManager1.service
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
 install(FILES packaging/zan.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 configure_file(packaging/zan.metainfo.xml.in zan.metainfo.xml @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zan.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(FILES docs/man/zan.1 docs/man/zan-op.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES packaging/zan-tmpfiles.conf DESTINATION ${CMAKE_INSTALL_DATADIR}/user-tmpfiles.d RENAME zan.conf)
-install(FILES resources/icons/zan.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps OPTIONAL)
+install(FILES resources/icons/zan.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
+install(FILES packaging/zan-symbolic.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/symbolic/apps)
 
 # cpack -G DEB: a Debian package.
 set(CPACK_GENERATOR DEB)

@@ -7,11 +7,17 @@
 #include "core/ui/signals.h"
 #include "core/ui/startup.h"
 
-// A display that cannot be reached is a plain failure, not a crash with a core file.
+// A display that cannot be reached is a plain failure, not a crash with a core file. What the toolkit merely
+// warns of is told only then, or to who asks for its messages.
 static void report_fatal(QtMsgType type, const QMessageLogContext&, const QString& message) {
-  if (type == QtDebugMsg || type == QtInfoMsg) return;
-  std::fprintf(stderr, "ZAN error: %s\n", message.toLocal8Bit().constData());
-  if (type == QtFatalMsg) _exit(1);
+  static QByteArray warnings;
+  const QByteArray line = "ZAN error: " + message.toLocal8Bit() + '\n';
+  if (type == QtWarningMsg && warnings.size() < 4096) warnings += line;
+  if (type == QtCriticalMsg || (type != QtFatalMsg && qEnvironmentVariableIsSet("QT_LOGGING_RULES")))
+    std::fputs(line.constData(), stderr);
+  if (type != QtFatalMsg) return;
+  std::fputs((warnings + line).constData(), stderr);
+  _exit(1);
 }
 
 int main(int argc, char** argv) {

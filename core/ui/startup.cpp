@@ -8,6 +8,7 @@
 #include "core/command_line.h"
 #include "core/state.h"
 #include "core/ui/exit.h"
+#include "core/ui/file_manager1.h"
 #include "core/ui/signals.h"
 #include "fileops/ui/slots.h"
 #include "platform/host.h"
@@ -40,6 +41,8 @@ int startup_run(int argc, char** argv, const CommandLine& line) {
   signals_attach({slot_terminate_all, signal_refresh});
   base_create();
   base_open(line);
+  file_manager1_show_pending();
+  file_manager1_offer();
   const int status = program_ending() ? 0 : QApplication::exec();
   base_closing();
   desktop_qt_gone();

@@ -199,7 +199,10 @@ class Desktop:
 
             def managed():
                 if not manager or manager[0].poll() is not None:
-                    manager[:] = [subprocess.Popen(["openbox", "--config-file", "/dev/null"], env=self.env,
+                    config = os.path.join(self.root, "openbox.xml")  # nobody's, and not a file that openbox complains of
+                    with open(config, "w", encoding="utf-8") as file:
+                        file.write('<openbox_config xmlns="http://openbox.org/3.4/rc"><menu/></openbox_config>')
+                    manager[:] = [subprocess.Popen(["openbox", "--config-file", config], env=self.env,
                                                    cwd=self.root, stdout=subprocess.DEVNULL,
                                                    stderr=subprocess.DEVNULL)]
                 return subprocess.run(["wmctrl", "-m"], env=self.env, stdout=subprocess.DEVNULL,
