@@ -175,8 +175,9 @@ int dir_read(DirRecord* dir, dir_compare compare, int ascending) {
   }
   if (reading.superseded) return -1;
   if (dir->count > 0) dir_sort(dir, compare, ascending);
-  // After a failure the pane goes on showing how far the reading came.
-  if (result == 0) x_print_progress(dir);
-  if (result == 0 || dir != &gDir) stop_progress_timer();
+  // A directory that cannot be entered or opened leaves the pane as it is, and the timer on it.
+  const bool refused = result != 0 && !reading.cancelled && dir->count == 0;
+  if (!refused) x_print_progress(dir);
+  if (!refused || dir != &gDir) stop_progress_timer();
   return result;
 }

@@ -36,11 +36,12 @@ constexpr size_t kQueue = 32;       // batches that may wait for the interface t
 constexpr size_t kLinkText = 1023;  // bytes kept of a link's target
 constexpr int kTimeoutsWaited = 2;  // in one reading; then a slow file system is not waited for again
 constexpr int kLongestGrace = 200;  // ms that an interrupted call gets to come back
+}  // namespace
 
-enum class Stage { open, names, status, link, target, owner };
+enum class ReadStage { open, names, status, link, target, owner };
 
 // The file systems on which calls of this reading have timed out.
-struct SlowPlaces {
+struct ReadSlowPlaces {
   int timeouts = 0;
   std::string directory;  // the real path of the directory read
   std::vector<std::string> mount_points, slow;
@@ -58,7 +59,6 @@ struct SlowPlaces {
     return name.substr(0, 1) == "/" ? std::string(name) : directory + "/" + std::string(name);
   }
 };
-}  // namespace
 
 struct DirReader {
   std::string path;
@@ -79,7 +79,7 @@ struct DirReader {
   pthread_t thread{};
 
   // Of the thread whose turn it is.
-  Stage stage = Stage::open;
+  ReadStage stage = ReadStage::open;
   int enter_fd = -1, fd = -1;
   DIR* dir = nullptr;
   std::unique_ptr<ReadBatch> batch;
@@ -91,7 +91,7 @@ struct DirReader {
   int names_error = 0;
   std::unordered_set<uint32_t> users, groups;  // ids whose names are in the cache by now
   uint32_t last_user = 0, last_group = 0;
-  SlowPlaces slow;
+  ReadSlowPlaces slow;
 
   // Of the interface thread.
   bool opened_told = false;
@@ -110,7 +110,7 @@ namespace {
 // Makes one call that can hang: work returns an errno or 0. False when the thread was left behind meanwhile:
 // it must touch nothing of the reader then. The alarm signal is for one call; any other is passed over.
 template <class Work>
-bool bounded_call(DirReader& reader, Stage stage, int* error, const Work& work) {
+bool bounded_call(DirReader& reader, ReadStage stage, int* error, const Work& work) {
   reader.stage = stage;
   uint64_t number = reader.call.load(std::memory_order_relaxed) + 1;
   reader.call.store(number, std::memory_order_release);
@@ -137,7 +137,7 @@ int open_directory(const std::string& path, bool private_cwd, int* enter_fd, int
 
 bool open_stage(DirReader& reader, bool private_cwd) {
   int error, enter_fd = -1, fd = -1;
-  if (!bounded_call(reader, Stage::open, &error,
+  if (!bounded_call(reader, ReadStage::open, &error,
                     [&] { return open_directory(reader.path, private_cwd, &enter_fd, &fd); })) {
     if (enter_fd >= 0) close(enter_fd);
     if (fd >= 0) close(fd);
@@ -195,7 +195,7 @@ bool names_stage(DirReader& reader) {
     DIR* dir = reader.dir;
     const struct dirent64* entry = nullptr;
     int error;
-    if (!bounded_call(reader, Stage::names, &error, [&] {
+    if (!bounded_call(reader, ReadStage::names, &error, [&] {
           errno = 0;
           entry = readdir64(dir);
           return entry ? 0 : errno;
@@ -225,12 +225,12 @@ void note_unread(ReadItem* item, bool timeout) {
 }
 
 // A call on item took too long; what the stage would have found is noted as missing.
-void note_timeout(DirReader& reader, ReadItem* item, Stage stage) {
+void note_timeout(DirReader& reader, ReadItem* item, ReadStage stage) {
   const std::string path = reader.slow.path_of(name_of(reader, *item));
-  if (stage == Stage::status) note_unread(item, true);
-  if (stage == Stage::link) item->state |= READ_UNREAD | READ_NO_LINK_TEXT;
-  if (stage == Stage::target) item->state |= READ_UNREAD;
-  if (stage == Stage::target)
+  if (stage == ReadStage::status) note_unread(item, true);
+  if (stage == ReadStage::link) item->state |= READ_UNREAD | READ_NO_LINK_TEXT;
+  if (stage == ReadStage::target) item->state |= READ_UNREAD;
+  if (stage == ReadStage::target)
     reader.slow.add(reader.slow.path_of(reader.batch->text.data() + item->link));
   else
     reader.slow.add(path);
@@ -242,7 +242,7 @@ bool link_stages(DirReader& reader, ReadItem* item, const char* name) {
   ssize_t length = -1;
   int error;
   item->state |= READ_LINK;
-  if (!bounded_call(reader, Stage::link, &error, [&, fd = reader.fd] {
+  if (!bounded_call(reader, ReadStage::link, &error, [&, fd = reader.fd] {
         length = readlinkat(fd, name, text, kLinkText);
         return length < 0 ? errno : 0;
       }))
@@ -257,11 +257,11 @@ bool link_stages(DirReader& reader, ReadItem* item, const char* name) {
     return true;
   }
   struct stat64 target;
-  if (!bounded_call(reader, Stage::target, &error,
+  if (!bounded_call(reader, ReadStage::target, &error,
                     [&, fd = reader.fd] { return fstatat64(fd, name, &target, 0) == 0 ? 0 : errno; }))
     return false;
   if (error == EINTR)
-    note_timeout(reader, item, Stage::target);
+    note_timeout(reader, item, ReadStage::target);
   else if (error)
     item->state |= READ_UNREAD;
   else
@@ -280,12 +280,12 @@ bool status_stages(DirReader& reader, ReadItem* item) {
   }
   struct stat64 status;
   int error;
-  if (!bounded_call(reader, Stage::status, &error, [&, fd = reader.fd] {
+  if (!bounded_call(reader, ReadStage::status, &error, [&, fd = reader.fd] {
         return fstatat64(fd, name, &status, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
       }))
     return false;
   if (error == EINTR)
-    note_timeout(reader, item, Stage::status);
+    note_timeout(reader, item, ReadStage::status);
   else if (error)
     note_unread(item, false);
   else
@@ -304,7 +304,7 @@ bool owner_stage(DirReader& reader, const ReadItem& item) {
   const bool new_user = reader.users.insert(user).second, new_group = reader.groups.insert(group).second;
   if (!new_user && !new_group) return true;
   int error;
-  return bounded_call(reader, Stage::owner, &error, [&] {
+  return bounded_call(reader, ReadStage::owner, &error, [&] {
     char text[16];
     if (new_user) dir_get_username(user, text);
     if (new_group) dir_get_groupname(group, text);
@@ -343,7 +343,7 @@ bool read_on(DirReader& reader) {
 void reader_run(const std::shared_ptr<DirReader>& reader) {
   fs_worker_signals();
   const bool private_cwd = unshare(CLONE_FS) == 0;
-  if (reader->stage == Stage::open && !open_stage(*reader, private_cwd)) return;
+  if (reader->stage == ReadStage::open && !open_stage(*reader, private_cwd)) return;
   if ((reader->dir || reader->batch) && !read_on(*reader)) return;
   std::lock_guard lock(reader->mutex);
   reader->thread_alive = false;
@@ -372,15 +372,15 @@ void go_on_without_thread(const std::shared_ptr<DirReader>& reader) {
   DirReader& r = *reader;
   bool go_on = true;
   switch (r.stage) {
-    case Stage::names:  // the names read so far are still dealt with
+    case ReadStage::names:  // the names read so far are still dealt with
       r.dir = nullptr;
       r.names_end = true;
       r.names_error = EINTR;
       break;
-    case Stage::open:
+    case ReadStage::open:
       go_on = false;
       break;
-    case Stage::owner:
+    case ReadStage::owner:
       dir_give_up_name(r.batch->items[r.named].st.st_uid, false);
       dir_give_up_name(r.batch->items[r.named].st.st_gid, true);
       ++r.named;
