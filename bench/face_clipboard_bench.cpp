@@ -12,6 +12,7 @@
 #include <QMenu>
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <string>
 
@@ -31,6 +32,14 @@
 
 namespace {
 using Clock = std::chrono::steady_clock;
+
+// The processor time of this thread, in milliseconds: a step's cost, whatever else the machine does.
+double spent() {
+  timespec now;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+}
+
 constexpr int kNames = 100'000, kMoved = 10'000;
 
 std::string sRoot;
@@ -50,11 +59,11 @@ double milliseconds(Clock::time_point start) {
 // What is put off to the next turns of the event loop belongs to the step too.
 template <class Step>
 double timed(Step step) {
-  const auto start = Clock::now();
+  const double start = spent();
   step();
   QCoreApplication::sendPostedEvents();
   base_find_widget("filelist")->repaint();
-  return milliseconds(start);
+  return spent() - start;
 }
 
 void wait_for_operations() {
@@ -80,9 +89,9 @@ void steps(benchmark::State& state) {
     state.counters["paste_ms"] = timed(em_paste);
     double longest = 0;
     while (slot_running() > 0) {
-      const auto start = Clock::now();
+      const double start = spent();
       QCoreApplication::processEvents();
-      longest = std::max(longest, milliseconds(start));
+      longest = std::max(longest, spent() - start);
       usleep(1000);
     }
     state.counters["longest_turn_while_moving_ms"] = longest;

@@ -5,6 +5,7 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 
 #include "commands/ui/menu_table.h"
 #include "core/toolkit/icons.h"
@@ -112,10 +113,7 @@ class HelpWindow : public QDialog {
 };
 
 void show_over_base(QDialog* window) {
-  if (!window->isVisible()) {
-    window->adjustSize();
-    wcenter(base_window(), window);
-  }
+  if (!window->isVisible()) wcenter(base_window(), window);
   window->show();
   window->raise();
   window->activateWindow();
@@ -126,9 +124,10 @@ void help_quickref() {
   static QPointer<HelpWindow<Ui::quickref>> window;
   if (!window) {
     window = new HelpWindow<Ui::quickref>;
-    QString html;
+    QString html = help_keys_html();
     for (const HelpTopic& topic : kHelpTopics) html += help_topic_html(topic);
-    window->form.quickref_text->setHtml(html + help_keys_html());
+    window->form.quickref_text->setHtml(html);
+    window->resize(window->size().boundedTo(window->screen()->availableSize() * 9 / 10));
     QObject::connect(window->form.quickref_buttons, &QDialogButtonBox::rejected, window, &QDialog::close);
   }
   show_over_base(window);
@@ -140,6 +139,7 @@ void help_about() {
     window = new HelpWindow<Ui::about>;
     window->form.about_icon->setPixmap(icon_get("zan").pixmap(kAboutIcon, kAboutIcon));
     window->form.about_version->setText(QStringLiteral("Version " ZAN_VERSION));
+    window->adjustSize();
     QObject::connect(window->form.about_buttons, &QDialogButtonBox::rejected, window, &QDialog::close);
   }
   show_over_base(window);

@@ -159,9 +159,13 @@ void em_populate(QMenu* menu) {
   delete_cascades(menu);
   forget_cascades(menu);
   const QList<QAction*> before = menu->actions();
+  QAction* separator = menu->addSeparator();
   mgen_work_insert(menu);
   const QList<QAction*> after = menu->actions();
-  if (after.size() == before.size()) return;
+  if (after.size() == before.size() + 1) {
+    delete separator;
+    return;
+  }
   QList<QPointer<QAction>>& added = sCascades[menu];
   for (QAction* action : after)
     if (!before.contains(action)) added.push_back(action);

@@ -48,24 +48,32 @@ bool mime_read_own(const QMimeData& mime, const char* type, OfferedFiles* out) {
 }  // namespace
 
 SharedFiles::SharedFiles(TransferList list) : list_(std::move(list)) {
+  for (const std::string& name : list_.names) left_ += !name.empty();
+}
+
+SharedFiles::Index& SharedFiles::index() const {
+  if (indexed_) return index_;
+  indexed_ = true;
   index_.reserve(list_.names.size());
   for (size_t i = 0; i < list_.names.size(); ++i)
     if (!list_.names[i].empty()) index_.emplace(list_.names[i], i);
-  left_ = index_.size();
+  left_ = index_.size();  // a name that came twice is forgotten once
+  return index_;
 }
 
 bool SharedFiles::has(const char* dir, const char* name) const {
-  return list_.dir == dir && index_.contains(name);
+  return list_.dir == dir && index().contains(name);
 }
 
 size_t SharedFiles::forget(const std::string& dir, const std::vector<std::string>& names) {
   if (dir != list_.dir) return 0;
   size_t forgotten = 0;
   for (const std::string& name : names) {
-    const auto found = index_.find(name);
-    if (found == index_.end()) continue;
-    list_.names[found->second].clear();
-    index_.erase(found);
+    const auto found = index().find(name);
+    if (found == index().end()) continue;
+    std::string& forgotten_name = list_.names[found->second];
+    index().erase(found);  // before the text that it views goes away
+    forgotten_name.clear();
     ++forgotten;
   }
   left_ -= forgotten;

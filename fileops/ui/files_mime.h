@@ -4,6 +4,7 @@
 #include <QMimeData>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -20,6 +21,8 @@ enum class FilesUse { copied, cut, dragged };
 class SharedFiles {
  public:
   explicit SharedFiles(TransferList list);
+  SharedFiles(const SharedFiles&) = delete;
+  SharedFiles& operator=(const SharedFiles&) = delete;
 
   const TransferList& list() const { return list_; }  // forgotten names are empty
   size_t left() const { return left_; }               // names not empty
@@ -28,9 +31,13 @@ class SharedFiles {
   size_t forget(const std::string& dir, const std::vector<std::string>& names);
 
  private:
+  using Index = std::unordered_map<std::string_view, size_t>;
+  Index& index() const;
+
   TransferList list_;
-  std::unordered_map<std::string, size_t> index_;
-  size_t left_ = 0;
+  mutable Index index_;  // of the names left, which it only views; made when it is first needed
+  mutable bool indexed_ = false;
+  mutable size_t left_ = 0;
 };
 
 // What the files offer in one use: our own type first, then the forms that other programs read. Each is made
