@@ -1,6 +1,7 @@
 #include "core/command_text.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <memory>
 
@@ -45,6 +46,7 @@ class ShellReader {
     std::unique_ptr<ShellReader> inner;
   };
   void push(Place place);
+  void follow_duplication(char c);
   void plain(char c);
   void quoted(char c);
   void escaped(char c);
@@ -53,6 +55,8 @@ class ShellReader {
   std::vector<Level> levels_;  // the enclosing "$(", "(" and quotes
   char previous_ = '\n';
   bool escaped_ = false, comment_ = false, lost_ = false;
+  // Behind ">&" and in the number there: some shells read that word a second time, without its quotes.
+  bool duplicating_ = false, in_number_ = false;
 };
 
 void ShellReader::push(Place place) {
@@ -60,7 +64,7 @@ void ShellReader::push(Place place) {
 }
 
 Place ShellReader::place() const {
-  if (lost_ || escaped_ || comment_) return Place::kLost;
+  if (lost_ || escaped_ || comment_ || duplicating_) return Place::kLost;
   const Level& level = levels_.back();
   if (level.inner && level.inner->place() != Place::kPlain) return Place::kLost;
   return level.place;
@@ -80,12 +84,12 @@ void ShellReader::feed(char c) {
     plain(c);
   else
     quoted(c);
-  previous_ = c;
+  if (!escaped_) previous_ = c;
 }
 
 void ShellReader::escaped(char c) {
   escaped_ = false;
-  previous_ = 'x';
+  if (c != '\n') previous_ = 'x';  // a line goes on as if the two characters were not there
   if (!levels_.back().inner) return;
   if (!std::strchr("$`\"\\", c)) levels_.back().inner->feed('\\');
   levels_.back().inner->feed(c);
@@ -98,7 +102,19 @@ void ShellReader::open_parenthesis() {
     push(Place::kPlain);
 }
 
+void ShellReader::follow_duplication(char c) {
+  if (duplicating_) {
+    const bool number = isdigit(static_cast<unsigned char>(c)) || c == '-';
+    const bool ends = in_number_ && std::strchr(" \t\n;&|()<>", c);
+    lost_ |= !number && !ends;
+    duplicating_ = in_number_ = number;
+  } else {
+    duplicating_ = c == '&' && (previous_ == '>' || previous_ == '<');
+  }
+}
+
 void ShellReader::plain(char c) {
+  follow_duplication(c);
   switch (c) {
     case '\\':
       escaped_ = true;

@@ -82,6 +82,13 @@ TEST(Command, NoTemplateLetsANameExecute) {
       {"got ${x:-@}", false},
       {"got x # @", false},
       {"got x@# @", false},
+      {"got x >& @", false},
+      {"got x >&@", false},
+      {"got x >&2@", false},
+      {"got @ 2>&1", true},
+      {"exec 2>&1; got @", true},
+      {"got x \\\n# @", false},
+      {"got $\\\n(( @ ))", false},
       {"cat <<@", false},
       {"got '", false},
       {"got \"", false},
@@ -95,7 +102,8 @@ TEST(Command, NoTemplateLetsANameExecute) {
       if (!run) continue;
       write_file("got", got, 0755);
       write_file("line", command + "\n");
-      run_shell("exec 2>/dev/null; PATH=.:$PATH; command -v bash && bash line; sh line");
+      run_shell(std::string("exec 2>/dev/null; PATH=.:$PATH; sh line") +
+                (row.whole ? "" : "; command -v bash && bash line"));
       EXPECT_FALSE(path_exists("canary")) << command;
       unlink("canary");
       if (row.whole) {

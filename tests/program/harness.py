@@ -112,7 +112,7 @@ class App:
 
     def type(self, text, window=None):
         self.focus(window)
-        self.desk.xdotool("type", "--delay", "20", text)
+        self.desk.xdotool("type", "--delay", "20", "--", text)
 
     def click(self, x, y, button=1, count=1, window=None, modifier=None):
         """Clicks at a place relative to the window's content."""
