@@ -46,10 +46,14 @@ OpenDir open_subdirectory(int base, const char* name) {
   return dir;
 }
 
+bool is_dot_or_double_dot(const char* name) {
+  return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+}
+
 // Whether an entry is a directory that the menu shows. A link is what it leads to.
 bool scan_takes(DIR* dir, const dirent& entry, unsigned flags) {
   const char* name = entry.d_name;
-  if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'))) return false;
+  if (is_dot_or_double_dot(name)) return false;
   if (name[0] == '.' && (flags & DIR_SCAN_HIDE_DOT)) return false;
   if (entry.d_type == DT_DIR) return true;
   if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return false;
@@ -82,7 +86,7 @@ DirNames read_names(DIR* dir, DirScan* scan) {
   names.reserve(100);
   while (const dirent* entry = scan->cancel ? nullptr : readdir(dir)) {
     if (scan_takes(dir, *entry, scan->flags)) names.emplace_back(entry->d_name);
-    ++scan->read;
+    if (!is_dot_or_double_dot(entry->d_name)) ++scan->read;
   }
   return scan->flags & DIR_SCAN_UNSORTED ? names : sort_listed(names, scan->flags);
 }

@@ -6,6 +6,7 @@
 
 #include <QActionEvent>
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMainWindow>
 #include <QMouseEvent>
 #include <QProxyStyle>
@@ -13,6 +14,7 @@
 #include <QStyleOptionMenuItem>
 #include <QTimer>
 
+#include "core/toolkit/fonts.h"
 #include "core/toolkit/message.h"
 #include "dirmodel/text.h"
 #include "fileops/subdir_probe.h"
@@ -66,7 +68,6 @@ void DirMenu::append(const QList<QAction*>& actions) {
 
 void DirMenu::lay_out() {
   if (!isVisible()) return;
-  QAction* active = activeAction();
   QPoint at = pos();
   const auto* parent = qobject_cast<QMenu*>(parentWidget());
   const QRect area = screen()->availableGeometry();
@@ -75,7 +76,13 @@ void DirMenu::lay_out() {
   if (parent && at.x() > parent->x() && at.x() + width > area.right() && parent->x() - width >= area.left())
     at.setX(parent->x() - width);
   popup(at);
-  if (active) setActiveAction(active);
+}
+
+void DirMenu::lengthen() {
+  if (!isVisible()) return;
+  const int most = screen()->availableGeometry().right() - x();
+  resize(std::max(width(), std::min(sizeHint().width(), most)), height());
+  update();
 }
 
 void DirMenu::initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const {
@@ -83,7 +90,7 @@ void DirMenu::initStyleOption(QStyleOptionMenuItem* option, const QAction* actio
   const auto* entry = dynamic_cast<const DirButton*>(action);
   if (!entry) return;
   if (entry->cascades()) option->menuItemType = QStyleOptionMenuItem::SubMenu;
-  if (entry->known()) return;
+  if (!entry->grey()) return;
   for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
     option->palette.setColor(role, QColor(UNKNOWN_COLOUR));
 }
@@ -107,19 +114,17 @@ void DirMenu::mouseDoubleClickEvent(QMouseEvent* event) {
   QMenu::mouseDoubleClickEvent(event);
 }
 
-DirButton::DirButton(QMenu* menu, const std::string& path, const std::string& label, unsigned flags,
-                     dtm_choose on_choose)
-    : QAction(entry_text(label), menu), path_(path), flags_(flags), on_choose_(on_choose) {
-  connect(this, &QAction::hovered, this, [this] { arm(); });
+DirButton::DirButton(QMenu* menu, const std::string& path, const std::string& label,
+                     std::shared_ptr<const DirMenuKind> kind)
+    : QAction(entry_text(label), menu), path_(path), kind_(std::move(kind)) {
+  connect(this, &QAction::hovered, this, [this] {
+    arm();
+    if (!submenu_ || !kind_->armed) return;
+    armed_ = true;
+    if (!items_.empty()) return kind_->armed(submenu_);
+    start_scan();
+  });
   connect(this, &QAction::triggered, this, [this] { dtm_activate(this, false); });
-  if (!(flags & DIR_SCAN_ROOT)) return;
-  probe_ = subdir_probe(
-      path, static_cast<int>(flags),
-      [this, menu](int result) {
-        set_known(result > 0);
-        menu->update();
-      },
-      dir_scan_look);
 }
 
 DirButton::~DirButton() {
@@ -132,6 +137,23 @@ void DirButton::set_known(bool has_subdirectories) {
   state_ = has_subdirectories ? CASCADE : PLAIN;
   const bool scanning = scan_ && !scan_->finished;
   if (!has_subdirectories && !scanning) drop_submenu();
+}
+
+void DirButton::probe() {
+  auto* menu = static_cast<QMenu*>(parent());
+  probe_ = subdir_probe(
+      path_, static_cast<int>(kind_->flags),
+      [this, menu](int result) {
+        set_known(result > 0);
+        menu->update();
+      },
+      dir_scan_look);
+}
+
+void DirButton::prepare(std::function<void()> listed) {
+  when_listed_ = std::move(listed);
+  arm();
+  start_scan();
 }
 
 void DirButton::arm() {
@@ -151,39 +173,68 @@ void DirButton::start_scan() {
   calls.looked = [this](size_t first, const std::vector<char>& has) { looked(first, has); };
   calls.failed = [] { dtm_errinfo("Memory Allocation", "Not enough memory!"); };
   calls.ended = [this] { scan_ = nullptr; };
-  scan_ = dir_scan_start(path_, flags_ & ~static_cast<unsigned>(DIR_SCAN_ROOT), std::move(calls));
+  scan_ = dir_scan_start(path_, kind_->flags, std::move(calls));
   if (!scan_) dtm_errinfo("Directory Scanning", "Unable to start scanning procedure!");
 }
 
 void DirButton::listed(const DirNames& names) {
-  names_ = names;
-  has_.assign(names.size(), -1);
-  if (!names.empty()) return add_some();
-  state_ = PLAIN;
-  drop_submenu();
+  names_.assign(names.begin(), names.begin() + static_cast<ptrdiff_t>(std::min(names.size(), kind_->most)));
+  has_.assign(names_.size(), -1);
+  if (names_.empty()) {
+    state_ = PLAIN;
+    drop_submenu();
+  } else {
+    state_ = CASCADE;
+    add_some();
+    if (names.size() > names_.size()) add_inert_end();
+    if (armed_) kind_->armed(submenu_);
+  }
+  if (when_listed_) when_listed_();
 }
 
+// Whether the pointer, and not the keyboard, stands on the entry.
+bool DirButton::pointed_at() const {
+  const auto* menu = static_cast<const QMenu*>(parent());
+  return menu->actionGeometry(const_cast<DirButton*>(this)).contains(menu->mapFromGlobal(QCursor::pos()));
+}
+
+void DirButton::add_inert_end() {
+  QAction* end = submenu_->addAction(QStringLiteral("too many items"));
+  end->setEnabled(false);
+  end->setFont(font_from_name(QStringLiteral("TextFont09i")));
+  submenu_->lay_out();
+}
+
+// A slice of the entries, and the rest when events have run.
 void DirButton::add_some() {
   const bool first = items_.empty();
+  const size_t end = std::min(names_.size(), items_.size() + ADDED_AT_ONCE);
   QList<QAction*> actions;
   try {
-    for (size_t i = items_.size();
-         i < names_.size() && actions.size() < static_cast<qsizetype>(ADDED_AT_ONCE); ++i) {
-      auto* item = new DirButton(submenu_, es_construct_fullpath(path_.c_str(), names_[i].c_str()),
-                                 fname_decode(names_[i].c_str()),
-                                 flags_ & ~static_cast<unsigned>(DIR_SCAN_ROOT), on_choose_);
+    for (size_t i = items_.size(); i < end; ++i) {
+      const std::string& name = names_[i];
+      auto* item = new DirButton(submenu_, es_construct_fullpath(path_.c_str(), name.c_str()),
+                                 fname_decode(name.c_str()), kind_);
       if (has_[i] >= 0) item->set_known(has_[i] > 0);
       items_.push_back(item);
       actions.append(item);
     }
   } catch (const std::bad_alloc&) {
-    return dtm_errinfo("Add Item", "Can't add item '" + names_[items_.size()] + "' into the menu");
+    dtm_errinfo("Add Item", "Can't add item '" + names_[items_.size()] + "' into the menu");
+    names_.resize(items_.size());
   }
   if (first) delete placeholder_;
   placeholder_ = nullptr;
   submenu_->append(actions);
   const bool last = items_.size() == names_.size();
-  if (first || last) submenu_->lay_out();
+  if (first)
+    submenu_->lay_out();
+  else
+    submenu_->lengthen();
+  if (first && submenu_->isVisible() && !submenu_->activeAction() && !pointed_at()) {
+    QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);  // setActiveAction would open its submenu
+    QApplication::sendEvent(submenu_, &down);
+  }
   if (!last) QTimer::singleShot(0, submenu_, [this] { add_some(); });
 }
 

@@ -24,7 +24,7 @@ const char sCascadeMark[] = "dir_cascade";
 const char sFilledMark[] = "dir_filled";
 
 // The roots of the tree pane, at the first arming since the menus were opened.
-void mgen_add_tree(DirMenu* cascade, dtm_choose choose) {
+void mgen_add_tree(DirMenu* cascade, void (*choose)(const char*)) {
   if (cascade->property(sFilledMark).toBool() || gTree.paths.empty()) return;
   cascade->setProperty(sFilledMark, true);
   cascade->addSeparator();
@@ -42,7 +42,7 @@ void empty_cascade(DirMenu* cascade) {
   for (qsizetype i = 1; i < actions.size(); ++i) delete actions[i];
 }
 
-void add_cascade(QMenu* menu, const char* name, const QString& label, dtm_choose choose) {
+void add_cascade(QMenu* menu, const char* name, const QString& label, void (*choose)(const char*)) {
   auto* cascade = new DirMenu(menu);
   cascade->setTitle(label);
   cascade->setObjectName(QLatin1String(name));
@@ -119,8 +119,12 @@ void mgen_work_insert(QMenu* menu) {
 QAction* dtm_add_item(QMenu* menu, const std::string& path, const std::string& label, unsigned flags,
                       void (*on_choose)(const char* path)) {
   if (path.empty()) return nullptr;
-  auto* entry = new DirButton(menu, path, label, flags, on_choose);
+  auto kind = std::make_shared<DirMenuKind>();
+  kind->flags = flags & DIR_SCAN_HIDE_DOT;
+  kind->on_choose = on_choose;
+  auto* entry = new DirButton(menu, path, label, kind);
   menu->addAction(entry);
+  if (flags & DIR_SCAN_ROOT) entry->probe();
   return entry;
 }
 
