@@ -1,6 +1,7 @@
 #include "commands/ui/property_dlg.h"
 
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QMainWindow>
 #include <QPointer>
 #include <array>
@@ -21,6 +22,7 @@
 namespace {
 
 constexpr int ICON_SIZE = 48;
+constexpr int EVENTS_EVERY_MS = 100;
 constexpr int FILETYPE_SHOWN = 300;  // characters; the tool tip has the rest
 constexpr size_t FILETYPE_STACK = 256 * 1024;
 
@@ -197,9 +199,14 @@ std::string PropertyDialog::apply_all() {
   const QPointer<PropertyDialog> alive(this);
   const PropertyChange wanted = change();
   PropertyRecord record = record_;
+  QElapsedTimer since_events;
+  since_events.start();
   for (size_t i = 0; i < record.entries.size() && alive && !stop_; i++) {
     const std::string message = prop_apply(&record, i, wanted);
     if (!message.empty()) wreport(alive, "Error", "%s", message.c_str());
+    if (since_events.elapsed() < EVENTS_EVERY_MS) continue;
+    desk_pending_events();
+    since_events.start();
   }
   return record.entries[0].name;
 }
@@ -207,6 +214,7 @@ std::string PropertyDialog::apply_all() {
 void PropertyDialog::accept() {
   if (busy_) return;  // events run while a file system takes its time
   busy_ = true;
+  setCursor(Qt::BusyCursor);
   const QPointer<PropertyDialog> alive(this);
   const std::string name = apply_all();
   if (!alive) return;

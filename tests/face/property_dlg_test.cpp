@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QTimer>
 
 #include "core/state.h"
 #include "dirmodel/dir_record.h"
@@ -166,4 +167,19 @@ TEST_F(PropertyDlg, BlocksTheMainWindowUntilItCloses) {
   show_directory();
   property_dlg_open();
   EXPECT_FALSE(dialog("property_dlg")) << "nothing is selected";
+}
+
+// While something is waited for, here for the answer to a message, Escape leaves out what is still to come.
+TEST_F(PropertyDlg, EscapeEndsALongChange) {
+  for (const char* name : {"a", "b", "c", "d"}) write_file(dir_ / name, "", 0644);
+  QDialog* shown = open({"a", "b", "c", "d"});
+  unlink((dir_ / "b").c_str());
+  ASSERT_TRUE(tab_to(shown, "pr_oread"));
+  press(Qt::Key_Space);
+  expect_message("Unable to change permissions of 'b'");
+  QTimer::singleShot(0, shown, [shown] { QTest::keyClick(shown, Qt::Key_Escape); });
+  press(Qt::Key_Return);
+  EXPECT_FALSE(dialog("property_dlg"));
+  EXPECT_EQ(mode_of("a"), 0640u);
+  for (const char* name : {"c", "d"}) EXPECT_EQ(mode_of(name), 0644u) << name;
 }
