@@ -40,10 +40,10 @@ int base_window_closed = 0;
 std::string state_start_directory(int argc, char** argv) {
   int first = 1;
   while (first < argc && argv[first][0] == '-') ++first;
-  const std::string cwd = current_directory();
+  std::string cwd = current_directory();
   if (first < argc) {
     const char* argument = argv[first];
-    const std::string path =
+    std::string path =
         argument[0] == '/' ? argument : es_construct_fullpath(cwd.empty() ? nullptr : cwd.c_str(), argument);
     if (!path.empty() && fs_path_is_directory(path.c_str()) > 0) return path;
   }
@@ -52,7 +52,7 @@ std::string state_start_directory(int argc, char** argv) {
 
 std::string state_settings_directory() {
   const char* home = getenv("HOME");
-  const std::string path = es_construct_fullpath(home ? home : "/", ".vr/zan");
+  std::string path = es_construct_fullpath(home ? home : "/", ".vr/zan");
   if (access(path.c_str(), F_OK) == 0) {
     if (usable_directory(path)) return path;
     std::fprintf(stderr, "ZAN error: unable to access config directory %s\n", path.c_str());

@@ -77,7 +77,9 @@ void stop_progress_timer() {
 
 void fill_entry(DirEntry* entry, const ReadItem& item, const ReadBatch& batch) {
   entry->st = item.st;
-  std::strcpy(entry->name, batch.text.data() + item.name);
+  const char* name = batch.text.data() + item.name;
+  std::memcpy(entry->name, name, std::min(std::strlen(name) + 1, sizeof entry->name));
+  entry->name[sizeof entry->name - 1] = '\0';
   if (item.state & READ_UNREAD) entry->flags |= ENTRY_UNREAD;
   if (item.state & READ_LINK) {
     entry->flags |= ENTRY_INFO;

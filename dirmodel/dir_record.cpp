@@ -8,6 +8,7 @@ DirRecord gDir;
 
 namespace {
 constexpr int32_t kGrowth = 128;  // slots
+constexpr size_t kSlot = sizeof(void*);
 
 [[noreturn]] void out_of_memory() {
   std::fputs("ZAN error: out of memory\n", stderr);
@@ -16,10 +17,10 @@ constexpr int32_t kGrowth = 128;  // slots
 
 void grow_entries(DirRecord* dir) {
   const int32_t capacity = dir->capacity + kGrowth;
-  void* grown = std::realloc(dir->entries, sizeof(DirEntry*) * static_cast<size_t>(capacity));
+  void* grown = std::realloc(dir->entries, kSlot * static_cast<size_t>(capacity));
   if (!grown) out_of_memory();
   dir->entries = static_cast<DirEntry**>(grown);
-  std::memset(dir->entries + dir->capacity, 0, sizeof(DirEntry*) * kGrowth);
+  std::memset(dir->entries + dir->capacity, 0, kSlot * kGrowth);
   dir->capacity = capacity;
 }
 

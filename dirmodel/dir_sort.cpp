@@ -136,6 +136,7 @@ void key_by_names(std::vector<SortItem>* items, uint32_t (*id_of)(const DirEntry
     name = text;
   }
   std::vector<std::string> sorted;
+  sorted.reserve(names.size());
   for (const auto& [id, name] : names) sorted.push_back(name);
   std::sort(sorted.begin(), sorted.end());
   std::unordered_map<uint32_t, int64_t> keys;

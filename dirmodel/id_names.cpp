@@ -42,7 +42,7 @@ void name_of_id(uint32_t id, bool group, char* out) {
                                  : database_name<struct passwd>(getpwuid_r, &passwd::pw_name, id);
   std::lock_guard lock(sCacheMutex);
   if (x_get_record(id, out, id_cache(group)) > 0) return;  // another thread was quicker
-  std::strcpy(out, x_add_record(id, name.c_str(), &id_cache(group)));
+  std::memcpy(out, x_add_record(id, name.c_str(), &id_cache(group)), sizeof IdNameRecord::name);
 }
 }  // namespace
 
@@ -57,7 +57,7 @@ size_t x_get_record(uint32_t id, char* out, const IdNameCache& cache) {
   for (int i = 0; i < cache.count; ++i) {
     const IdNameRecord& record = cache.records[(cache.head + i) % cache.capacity];
     if (record.id != id) continue;
-    std::strcpy(out, record.name);
+    std::memcpy(out, record.name, sizeof record.name);
     return std::strlen(out);
   }
   return 0;

@@ -76,7 +76,7 @@ std::string format_text(const char* format, ...) {
   char text[128];
   va_list arguments;
   va_start(arguments, format);
-  std::vsnprintf(text, sizeof text, format, arguments);
+  std::vsnprintf(text, sizeof text, format, arguments);  // NOLINT(clang-analyzer-valist.Uninitialized)
   va_end(arguments);
   return text;
 }
