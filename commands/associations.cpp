@@ -95,6 +95,14 @@ void read_table(const std::string& text) {
   }
 }
 
+// The line in the file. One that is read at once must not come back in two pieces because its missing fields
+// are written: then it goes without them.
+std::string file_line(const Association& association) {
+  std::string line = as_line(association);
+  while (line.size() >= kLineMax && line.ends_with('\t')) line.pop_back();
+  return line.substr(0, kLineMax - 1) + '\n';
+}
+
 const std::string& command_of(const Association& association, int32_t selector) {
   if (selector == AS_VIEW) return association.view_cmd;
   return selector == AS_EDIT ? association.edit_cmd : association.open_cmd;
@@ -194,7 +202,7 @@ void as_replace(const std::vector<std::string>& lines) {
 
 int as_write(const char* dir, const char* name) {
   std::string text = kHeader;
-  for (int32_t i = 0; i < apat_ctr; ++i) text += as_line(*apat[static_cast<size_t>(i)]) + '\n';
+  for (int32_t i = 0; i < apat_ctr; ++i) text += file_line(*apat[static_cast<size_t>(i)]);
   return save_file(dir, name, text);
 }
 

@@ -1,56 +1,62 @@
 // The association table's reader, its look-ups, and the way back through the file.
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 #include <string>
 
 #include "commands/associations.h"
 #include "platform/terminal/terminal.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static char sDirectory[] = "/tmp/associations-fuzz-XXXXXX";
-  static const bool made =
-      mkdtemp(sDirectory) != nullptr && atexit([] {
-                                          std::remove((std::string(sDirectory) + "/in").c_str());
-                                          std::remove((std::string(sDirectory) + "/out").c_str());
-                                          rmdir(sDirectory);
-                                        }) == 0;
-  if (!made || size == 0) return 0;
-  terminal_start();
-  // A line without a TAB ends the program, as it should; here each one gets what is missing.
+namespace {
+std::string fuzz_directory() {
+  static char sDirectory[] = "/dev/shm/associations-fuzz-XXXXXX";  // the writer waits for the disk
+  static const char* sMade = mkdtemp(sDirectory);
+  if (!sMade) abort();
+  static const int sAtExit = atexit([] {
+    std::remove((std::string(sDirectory) + "/in").c_str());
+    std::remove((std::string(sDirectory) + "/out").c_str());
+    rmdir(sDirectory);
+  });
+  (void)sAtExit;
+  return sDirectory;
+}
+
+// A line without a TAB in its first 1023 bytes ends the program, as it should: here it gets one, and a longer
+// line ends there.
+std::string mended(const std::string& input) {
+  std::istringstream lines(input);
   std::string text;
-  size_t piece = 0;
-  bool tab = false;
-  const uint8_t fill = data[0];
-  for (size_t i = 1; i < size; ++i) {
-    char c = static_cast<char>(data[i]);
-    if (piece == 0 && c != '#') {
-      text += "p\t";
-      piece = 2;
-      tab = true;
-    }
-    if (c == '#' && !tab) c = 'x';
-    text += c;
-    if (c == '\n' || ++piece > 500u + fill) {
-      if (c != '\n') text += '\n';
-      piece = 0;
-      tab = false;
-    }
+  for (std::string line; std::getline(lines, line);) {
+    const std::string seen = line.c_str();
+    if (!seen.starts_with('#') && seen.find('\t') == std::string::npos) line.insert(0, "p\t");
+    text += line.substr(0, 1022) + "\n";
+    if (line.size() > 1022 && std::string(line.c_str()).substr(0, 1022).find('\t') == std::string::npos)
+      return "";
   }
-  std::ofstream(std::string(sDirectory) + "/in", std::ios::binary) << text;
-  init_read_associations(sDirectory, "in");
-  const int count = apat_ctr;
-  std::string table;
-  for (int i = 0; i < count; ++i) table += as_line(*apat[static_cast<size_t>(i)]) + "\n";
-  const std::string name(reinterpret_cast<const char*>(data), std::min<size_t>(size, 40));
-  const int index = _get_pat_idx(name.c_str());
+  return text;
+}
+
+std::string table_text() {
+  std::string text;
+  for (int i = 0; i < apat_ctr; ++i) text += as_line(*apat[static_cast<size_t>(i)]) + "\n";
+  return text;
+}
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  terminal_start();
+  const std::string input(reinterpret_cast<const char*>(data), size), directory = fuzz_directory();
+  std::ofstream(directory + "/in", std::ios::binary) << mended(input);
+  init_read_associations(directory.c_str(), "in");
+  const std::string table = table_text(), name = input.substr(0, 40);
+  const int count = apat_ctr, index = _get_pat_idx(name.c_str());
   for (int32_t selector : {AS_OPEN, AS_VIEW, AS_EDIT})
     if (_get_pat_cmd(name.c_str(), selector) && index < 0) abort();
-  if (as_write(sDirectory, "out") != 0) abort();
-  init_read_associations(sDirectory, "out");
-  std::string again;
-  for (int i = 0; i < apat_ctr; ++i) again += as_line(*apat[static_cast<size_t>(i)]) + "\n";
-  if (apat_ctr != count || again != table) abort();
+  if (as_write(directory.c_str(), "out") != 0) abort();
+  init_read_associations(directory.c_str(), "out");
+  if (apat_ctr != count || table_text() != table) abort();
   return 0;
 }

@@ -140,6 +140,11 @@ TEST(Associations, WritesWhatItReadsBack) {
   EXPECT_EQ(_get_pat_idx("a"), -1);
   EXPECT_EQ(as_write(dir.path().c_str(), kFile), 0);
   EXPECT_EQ(read_file(dir / kFile), kHeaderLine);
+  const std::string longest = "*.a\t" + std::string(1018, 'x');
+  read_text(longest + "\n*.b\to\n");
+  EXPECT_EQ(as_write(dir.path().c_str(), kFile), 0);
+  init_read_associations(dir.path().c_str(), kFile);
+  EXPECT_EQ(table_text(), longest + "\t\t\n*.b\to\t\t\n");
   EXPECT_EQ(as_write(nullptr, kFile), -1);
   EXPECT_EQ(as_write((dir / "none").c_str(), kFile), -1);
 }
