@@ -34,7 +34,6 @@ constexpr int sSliceMs = 8;  // of calls at a time, before other events have the
 struct Question {
   int answer = 0;  // 0: open
   int escape = 1;
-  QPointer<QWidget> window;  // interface thread only
   std::function<void()> answered;
 };
 
@@ -51,6 +50,7 @@ struct Desktop {
   std::atomic<QThread*> interface { nullptr };
   std::map<int, std::unique_ptr<QTimer>> timers;  // interface thread only
   int last_timer = 0;
+  std::map<const Question*, QPointer<QWidget>> windows;  // of the open questions; interface thread only
 
   std::mutex mutex;  // guards the rest; never held while the toolkit is called
   std::condition_variable changed;
@@ -89,7 +89,19 @@ void open_question(const std::shared_ptr<Question>& question, const DesktopQuest
     std::lock_guard lock(desktop().mutex);
     if (question->answer != 0) return;
   }
-  question->window = open([question](int answer) { answer_question(question, answer); });
+  desktop().windows[question.get()] = open([question](int answer) {
+    desktop().windows.erase(question.get());
+    answer_question(question, answer);
+  });
+}
+
+// Interface thread.
+void close_question(const std::shared_ptr<Question>& question) {
+  auto found = desktop().windows.find(question.get());
+  if (found == desktop().windows.end()) return;
+  const QPointer<QWidget> window = found->second;
+  desktop().windows.erase(found);
+  if (window) window->close();
 }
 
 QMainWindow* desktop_main_window() {
@@ -124,7 +136,7 @@ int desktop_qt_ask(int escape, DesktopQuestion open) {
     open_question(question, open);
     if (question->answer == 0) loop.exec();
     answer_question(question, escape);  // the loop also ends when the program does
-    if (question->window) question->window->close();
+    close_question(question);
     return question->answer;
   }
   if (!desk.calls.post([question, open = std::move(open)] { open_question(question, open); }))
@@ -229,8 +241,6 @@ void desk_end() {
   }
   for (const auto& question : open) {
     answer_question(question, question->escape);
-    desk.calls.post([question] {
-      if (question->window) question->window->close();
-    });
+    desk.calls.post([question] { close_question(question); });
   }
 }

@@ -25,7 +25,7 @@ void when_open(const char* title, Act act) {
   auto* timer = new QTimer;
   QObject::connect(timer, &QTimer::timeout, timer, [=] {
     QWidget* window = open_alert_named(QString::fromUtf8(title));
-    if (window == nullptr) return;
+    if (window == nullptr || !window->isActiveWindow()) return;  // a mnemonic needs the active one
     timer->stop();
     timer->deleteLater();
     act(window);
