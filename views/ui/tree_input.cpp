@@ -22,7 +22,7 @@ const QString& hotlist_type() {
 class TreeInput : public QObject {
  public:
   explicit TreeInput(QTreeWidget* tree)
-      : QObject(tree), tree_(tree), drop_line_(new QFrame(tree->viewport())) {
+      : QObject(tree), tree_(tree), viewport_(tree->viewport()), drop_line_(new QFrame(tree->viewport())) {
     drop_line_->setAutoFillBackground(true);
     drop_line_->setBackgroundRole(QPalette::Highlight);
     drop_line_->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -38,7 +38,7 @@ class TreeInput : public QObject {
       case QEvent::ContextMenu:
         return open_menu(static_cast<QContextMenuEvent*>(event));
       default:
-        return watched == tree_->viewport() && pointer_event(event);
+        return watched == viewport_ && pointer_event(event);
     }
   }
 
@@ -164,6 +164,7 @@ class TreeInput : public QObject {
   }
 
   QTreeWidget* tree_;
+  const QObject* viewport_;  // to compare: a tree that ends still gets events, but has no viewport any more
   QFrame* drop_line_;
   QPoint press_;
   QTreeWidgetItem* over_ = nullptr;  // compared only
