@@ -1,14 +1,15 @@
 #include "core/toolkit/icons.h"
 
 #include <QApplication>
-#include <QBuffer>
 #include <QFile>
 #include <QHash>
 #include <QIconEngine>
-#include <QImageReader>
+#include <QImage>
 #include <QPainter>
 #include <QPalette>
 #include <QPixmapCache>
+
+#include "core/toolkit/drawing.h"
 
 namespace {
 
@@ -82,16 +83,11 @@ class SvgEngine : public QIconEngine {
 
  private:
   QPixmap draw(const QSize& size, QIcon::Mode mode, const QColor& ink) const {
-    QByteArray source = icon_source(name_, ink);
-    QBuffer buffer(&source);
-    QImageReader reader(&buffer, "svg");
-    reader.setAutoDetectImageFormat(false);
-    reader.setScaledSize(size);
-    QImage image = reader.read();
-    if (image.isNull()) {  // no SVG plugin on this machine: an empty image, rows keep their indent
-      image = QImage(size, QImage::Format_ARGB32_Premultiplied);
-      image.fill(Qt::transparent);
-    }
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter own(&image);
+    drawing_paint(icon_source(name_, ink), &own, size);
+    own.end();
     if (mode != QIcon::Disabled) return QPixmap::fromImage(image);
     QImage faded(image.size(), QImage::Format_ARGB32_Premultiplied);
     faded.fill(Qt::transparent);
@@ -105,7 +101,14 @@ class SvgEngine : public QIconEngine {
   QString name_;
 };
 
+// Looking into the bare fallback theme costs milliseconds, and none of these images is in it.
+bool has_theme() {
+  static const bool has = !QIcon::themeName().isEmpty() && QIcon::themeName() != QLatin1String("hicolor");
+  return has;
+}
+
 QIcon icon_from_theme(const QString& name) {
+  if (!has_theme()) return {};
   for (const ThemeName& known : kThemeNames) {
     if (name != QLatin1String(known.name)) continue;
     const QString freedesktop = QLatin1String(known.freedesktop);
