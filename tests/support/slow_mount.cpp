@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@ SlowMount::SlowMount(const std::string& mode, int hang) : path_(dir_ / "mount") 
   mkdir(path_.c_str(), 0755);
   pid_ = fork();
   if (pid_ == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // it does not outlive a test that crashes
     execl(program.c_str(), program.c_str(), mode.c_str(), std::to_string(hang).c_str(),
           (dir_ / "log").c_str(), path_.c_str(), nullptr);
     _exit(127);
