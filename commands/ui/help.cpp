@@ -15,7 +15,7 @@
 #include "views/ui/base.h"
 
 namespace {
-constexpr int kAboutIcon = 64;  // pixels at scale 1
+constexpr int kAboutIcon = 64, kHelpMargin = 12;  // pixels at scale 1
 
 // What a newcomer does not find in the menus. The keys of the menus follow from the menus' own table.
 struct HelpTopic {
@@ -127,6 +127,7 @@ void help_quickref() {
     QString html = help_keys_html();
     for (const HelpTopic& topic : kHelpTopics) html += help_topic_html(topic);
     window->form.quickref_text->setHtml(html);
+    window->form.quickref_text->document()->setDocumentMargin(kHelpMargin);
     window->resize(window->size().boundedTo(window->screen()->availableSize() * 9 / 10));
     QObject::connect(window->form.quickref_buttons, &QDialogButtonBox::rejected, window, &QDialog::close);
   }

@@ -61,7 +61,8 @@ TEST(Menus, ItemsFollowTheSelectionAndTheClipboard) {
     }
     EXPECT_EQ(disabled_in(window.menu("edit_menu")), row.edit);
   }
-  EXPECT_EQ(disabled_in(window.menu("go_menu")), "gm_back gm_forward ");
+  const std::string back = fl_get_back_count() == 0 ? "gm_back " : "";
+  EXPECT_EQ(disabled_in(window.menu("go_menu")), back + "gm_forward ");
   EXPECT_EQ(disabled_in(window.menu("hotlist_menu")), "hm_delete ");
 }
 
