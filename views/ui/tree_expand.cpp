@@ -69,6 +69,7 @@ void add_subdirectories(QTreeWidget* tree, const QPersistentModelIndex& index, c
     if (encoded || !sorted) items.append(tree_new_item(texts[i], encoded));
     if (i + 1 < texts.size() && items.size() < static_cast<qsizetype>(ADDED_AT_ONCE)) continue;
     QTreeWidgetItem* item = tree->itemFromIndex(index);
+    item->setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);  // an item without one hides its children
     item->addChildren(items);
     items.clear();
     desk_pending_events();

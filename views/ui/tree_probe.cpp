@@ -9,8 +9,8 @@
 namespace {
 void show_probe_result(QTreeWidgetItem* item, int result) {
   item->setData(0, TREE_PROBE, TREE_PROBED);
-  item->setChildIndicatorPolicy(result > 0 ? QTreeWidgetItem::ShowIndicator
-                                           : QTreeWidgetItem::DontShowIndicator);
+  item->setChildIndicatorPolicy(result > 0 || item->childCount() > 0 ? QTreeWidgetItem::ShowIndicator
+                                                                     : QTreeWidgetItem::DontShowIndicator);
   tree_show_image(item, result < 0           ? IMAGE_FILE
                         : item->isExpanded() ? IMAGE_OPEN_FOLDER
                                              : IMAGE_CLOSED_FOLDER);
