@@ -100,18 +100,40 @@ void DirMenu::actionEvent(QActionEvent* event) {
   if (event->type() != QEvent::ActionChanged || !entry || !isVisible()) QMenu::actionEvent(event);
 }
 
-void DirMenu::mouseDoubleClickEvent(QMouseEvent* event) {
+// The entry under a press: while a submenu is up it gets the clicks that fall on the menus behind it.
+DirButton* DirMenu::pressed_entry(const QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return nullptr;
   const QPoint at = event->globalPosition().toPoint();
-  // While a submenu is up it gets the clicks that fall on the menus behind it.
   for (auto* menu = static_cast<QMenu*>(this); menu; menu = qobject_cast<QMenu*>(menu->parentWidget())) {
     const QPoint local = menu->mapFromGlobal(at);
-    if (!menu->isVisible() || !menu->rect().contains(local)) continue;
-    auto* entry = dynamic_cast<DirButton*>(menu->actionAt(local));
-    if (!entry || event->button() != Qt::LeftButton) break;
-    event->accept();
-    return dtm_activate(entry, true);
+    if (menu->isVisible() && menu->rect().contains(local))
+      return dynamic_cast<DirButton*>(menu->actionAt(local));
   }
-  QMenu::mouseDoubleClickEvent(event);
+  return nullptr;
+}
+
+// Among popup windows not every display tells a second press from a first one.
+void DirMenu::mousePressEvent(QMouseEvent* event) {
+  static QPointer<DirButton> last;
+  static quint64 last_time = 0;
+  DirButton* entry = pressed_entry(event);
+  const quint64 now = event->timestamp();
+  if (entry && now != 0) {  // a press that a submenu handed on has no time
+    const auto interval = static_cast<quint64>(QApplication::doubleClickInterval());
+    const bool twice = entry == last && now - last_time < interval;
+    last = entry;
+    last_time = now;
+    if (twice && entry->cascades()) return dtm_activate(entry, true);
+  }
+  QMenu::mousePressEvent(event);
+}
+
+void DirMenu::mouseDoubleClickEvent(QMouseEvent* event) {
+  DirButton* entry = pressed_entry(event);
+  if (entry && entry->cascades())
+    dtm_activate(entry, true);
+  else
+    QMenu::mouseDoubleClickEvent(event);
 }
 
 DirButton::DirButton(QMenu* menu, const std::string& path, const std::string& label,

@@ -13,6 +13,8 @@
 
 using dtm_choose = std::function<void(const char* path)>;
 
+class DirButton;
+
 // Scrolls where it is longer than the screen, and takes thousands of entries.
 class DirMenu : public QMenu {
  public:
@@ -27,7 +29,11 @@ class DirMenu : public QMenu {
  protected:
   void initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const override;
   void actionEvent(QActionEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+ private:
+  DirButton* pressed_entry(const QMouseEvent* event);
 };
 
 // What an entry and all below it have in common.
