@@ -77,7 +77,7 @@ int fop_calc_time_left(fop_request* request, int64_t done, int64_t total) {
   return left >= INT32_MAX ? INT32_MAX : static_cast<int>(left);
 }
 
-static std::string format_text(const char* format, va_list arguments) {
+static std::string formatted_message(const char* format, va_list arguments) {
   va_list again;
   va_copy(again, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, arguments);
@@ -90,7 +90,7 @@ static std::string format_text(const char* format, va_list arguments) {
 int fop_alert(fop_request* request, const char* title, const char* buttons, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  const std::string message = format_text(format, arguments);
+  const std::string message = formatted_message(format, arguments);
   va_end(arguments);
   const int error = errno;
   fop_tell_done(request);
@@ -103,7 +103,7 @@ int fop_alert(fop_request* request, const char* title, const char* buttons, cons
 void fop_errinfo(const char* title, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  const std::string message = format_text(format, arguments);
+  const std::string message = formatted_message(format, arguments);
   va_end(arguments);
   desk_notice(title, message);
 }

@@ -17,7 +17,7 @@
 #include "views/fname.h"
 
 namespace {
-enum class Scan { next, abort };
+enum class ScanStep { next, abort };
 
 struct ScanItem {
   fop_request* request;
@@ -35,23 +35,23 @@ struct ScanItem {
   void drop() const { name()[0] = '\0', list().kept = true; }
 };
 
-Scan out_of_memory() {
+ScanStep out_of_memory() {
   fop_ENOMEM();
-  return Scan::abort;
+  return ScanStep::abort;
 }
 
 // Asks "&Continue|&Abort" with the path and the error's text.
-Scan report(const ScanItem& item, const char* title, const char* format_head, const char* format_tail) {
+ScanStep report(const ScanItem& item, const char* title, const char* format_head, const char* format_tail) {
   const int error = errno;
   const std::string shown = fname_decode(item.path.c_str());
   const int answer = fop_alert(item.request, title, "&Continue|&Abort", "%s'%s'%s\n%s\n", format_head,
                                shown.c_str(), format_tail, strerror(error));
-  return answer == 2 ? Scan::abort : Scan::next;
+  return answer == 2 ? ScanStep::abort : ScanStep::next;
 }
 
-Scan stat_failed(const ScanItem& item) {
-  const Scan answer = report(item, "File Scan", "Unable to stat ", "");
-  if (answer == Scan::next) item.drop();
+ScanStep stat_failed(const ScanItem& item) {
+  const ScanStep answer = report(item, "File Scan", "Unable to stat ", "");
+  if (answer == ScanStep::next) item.drop();
   return answer;
 }
 
@@ -88,15 +88,15 @@ int take_status(ScanItem* item) {
 }
 
 // The once-asked question what a copy or move does with links.
-Scan settle_links(fop_request* request) {
-  if (request->flags & (FOP_FOLLOW_LINKS | FOP_COPY_LINKS)) return Scan::next;
+ScanStep settle_links(fop_request* request) {
+  if (request->flags & (FOP_FOLLOW_LINKS | FOP_COPY_LINKS)) return ScanStep::next;
   const bool move = request->kind == FOP_MOVE;
   const int answer =
       fop_alert(request, move ? "Move" : "Copy", "&Files|@&Links|#&Abort",
                 "Symbolic links detected in the file list\nWhat do you want to %s ?", move ? "move" : "copy");
-  if (answer != 1 && answer != 2) return Scan::abort;
+  if (answer != 1 && answer != 2) return ScanStep::abort;
   request->flags |= answer == 1 ? FOP_FOLLOW_LINKS : FOP_COPY_LINKS;
-  return Scan::next;
+  return ScanStep::next;
 }
 
 // A followed link that leads back above itself would be listed without end.
@@ -125,16 +125,16 @@ bool keep_name(fop_request* request, const dirent64& entry, std::vector<uint8_t>
 // Registers every name of the directory; types get what the directory told of each. The copy buffer, idle
 // while the list is built, takes the entries: a stream would cost a block and three calls for every
 // directory.
-Scan read_names(const ScanItem& item, int dir, std::vector<uint8_t>* types) {
+ScanStep read_names(const ScanItem& item, int dir, std::vector<uint8_t>* types) {
   fop_request* request = item.request;
   for (;;) {
     const ssize_t filled = getdents64(dir, request->buf, request->bufsize);
     if (filled < 0 && errno == EINTR) continue;
     if (filled < 0) return report(item, "Dir Reading", "Unable to read ", " directory");
-    if (filled == 0) return fop_cancelled(request) ? Scan::abort : Scan::next;
+    if (filled == 0) return fop_cancelled(request) ? ScanStep::abort : ScanStep::next;
     for (ssize_t at = 0; at < filled;) {
       const auto* entry = reinterpret_cast<const dirent64*>(request->buf + at);
-      if (fop_cancelled(request)) return Scan::abort;
+      if (fop_cancelled(request)) return ScanStep::abort;
       if (!keep_name(request, *entry, types)) return out_of_memory();
       at += entry->d_reclen;
     }
@@ -186,7 +186,7 @@ bool make_group(const ScanItem& item, char* path, int32_t first, const std::vect
   return append_group(request, group);
 }
 
-Scan scan_directory(const ScanItem& item) {
+ScanStep scan_directory(const ScanItem& item) {
   fop_request* request = item.request;
   char* path = strdup(item.path.c_str());
   if (!alloc_add(request->mem, path)) {
@@ -204,29 +204,30 @@ Scan scan_directory(const ScanItem& item) {
   if (request->kind != FOP_DELETE && std::find(request->dest_chain.begin(), request->dest_chain.end(),
                                                identity) != request->dest_chain.end()) {
     fop_refuse_itself(request);
-    return Scan::abort;
+    return ScanStep::abort;
   }
   std::vector<uint8_t> types;
-  if (read_names(item, fd.get(), &types) == Scan::abort) return Scan::abort;
-  return make_group(item, path, first, types, identity) ? Scan::next : out_of_memory();
+  if (read_names(item, fd.get(), &types) == ScanStep::abort) return ScanStep::abort;
+  return make_group(item, path, first, types, identity) ? ScanStep::next : out_of_memory();
 }
 
-Scan scan_item(ScanItem* item) {
+ScanStep scan_item(ScanItem* item) {
   fop_request* request = item->request;
   item->followed = false;
   if (take_status(item) != 0) return stat_failed(*item);
   if (request->kind != FOP_DELETE && S_ISLNK(item->status.st_mode)) {
-    if (settle_links(request) == Scan::abort) return Scan::abort;
+    if (settle_links(request) == ScanStep::abort) return ScanStep::abort;
     if (request->flags & FOP_FOLLOW_LINKS) {
       if (fstatat(item->dir(), item->name(), &item->status, 0) != 0) return stat_failed(*item);
       item->followed = true;
     }
   }
   const mode_t mode = item->status.st_mode;
-  if (!S_ISREG(mode) && !S_ISFIFO(mode) && !S_ISLNK(mode) && !S_ISDIR(mode)) return item->drop(), Scan::next;
+  if (!S_ISREG(mode) && !S_ISFIFO(mode) && !S_ISLNK(mode) && !S_ISDIR(mode))
+    return item->drop(), ScanStep::next;
   item->list().types[item->index] = IFTODT(mode);
   request->total_bytes += item->status.st_size;
-  return S_ISDIR(mode) ? scan_directory(*item) : Scan::next;
+  return S_ISDIR(mode) ? scan_directory(*item) : ScanStep::next;
 }
 }  // namespace
 
@@ -237,7 +238,7 @@ int fop_build_filelist(fop_request* request) {
     for (int32_t i = 0; i < request->groups[g]->count; ++i) {
       item.index = i;
       if (!item.name()[0]) continue;
-      if (fop_cancelled(request) || scan_item(&item) == Scan::abort) return -1;
+      if (fop_cancelled(request) || scan_item(&item) == ScanStep::abort) return -1;
     }
   }
   return 0;
