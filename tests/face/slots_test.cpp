@@ -57,14 +57,15 @@ bool until(const std::function<bool()>& done) {
 class Slots : public testing::Test {
  protected:
   void SetUp() override {
-    gConfig = &record_;
-    settings_defaults(&record_);
-    record_.flags &= ~static_cast<uint32_t>(SET_OVERWRITE);
+    before_ = *gConfig;
+    settings_defaults(gConfig);
+    gConfig->flags &= ~static_cast<uint32_t>(SET_OVERWRITE);
     std::filesystem::create_directory(dir_ / "to");
   }
   void TearDown() override {
     EXPECT_TRUE(until([] { return slot_running() == 0; }));
     EXPECT_EQ(holder(), nullptr);
+    *gConfig = before_;
   }
   int copy(const std::string& name) { return _file_op(FOP_COPY, {dir_.path(), {name}, false}, dir_ / "to"); }
   void make_tree(int files) {
@@ -78,7 +79,7 @@ class Slots : public testing::Test {
   }
 
   TempDir dir_;
-  Settings record_;
+  Settings before_;
 };
 }  // namespace
 
