@@ -68,9 +68,11 @@ bool in_a_while(Clock::time_point start, int ms) {
 }
 
 SlotRow* row() {
-  for (QWidget* window : QApplication::topLevelWidgets())
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    if (!window->isVisible()) continue;  // the window of the operation before may still await its deletion
     for (QObject* child : window->findChildren<QObject*>(QStringLiteral("slot")))
       if (auto* found = dynamic_cast<SlotRow*>(child)) return found;
+  }
   return nullptr;
 }
 
@@ -130,6 +132,8 @@ int main(int argc, char** argv) {
   std::string root = std::string(getenv("TMPDIR") != nullptr ? getenv("TMPDIR") : "/tmp") + "/zan-gap-XXXXXX";
   if (mkdtemp(root.data()) == nullptr) return 1;
   setenv("HOME", root.c_str(), 1);
+  std::filesystem::create_directory(root + "/.vr");
+  setvbuf(stdout, nullptr, _IOLBF, 0);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
   desktop_qt_setup();
