@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "dirmodel/dir_sort.h"
 #include "platform/desktop.h"
@@ -108,10 +109,9 @@ void look_at_names(DIR* dir, const Scan& scan, const DirNames& names) {
     const auto now = std::chrono::steady_clock::now();
     if (i + 1 < names.size() && has.size() < LOOK_BATCH && now - told < LOOK_INTERVAL) continue;
     told = now;
-    tell(scan, [first = i + 1 - has.size(), batch = std::move(has)](DirScan&, const DirScanCalls& calls) {
+    tell(scan, [first = i + 1 - has.size(), batch = std::exchange(has, {})](DirScan&, const DirScanCalls& calls) {
       if (calls.looked) calls.looked(first, batch);
     });
-    has.clear();
   }
 }
 

@@ -37,7 +37,7 @@ int sProbeTimer = 0;
 
 void start_probes();
 
-void answer_probe(SubdirProbe probe, int result) {
+void answer_probe(const SubdirProbe& probe, int result) {
   if (probe.done) probe.done(result);
 }
 
