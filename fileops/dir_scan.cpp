@@ -109,9 +109,10 @@ void look_at_names(DIR* dir, const Scan& scan, const DirNames& names) {
     const auto now = std::chrono::steady_clock::now();
     if (i + 1 < names.size() && has.size() < LOOK_BATCH && now - told < LOOK_INTERVAL) continue;
     told = now;
-    tell(scan, [first = i + 1 - has.size(), batch = std::exchange(has, {})](DirScan&, const DirScanCalls& calls) {
-      if (calls.looked) calls.looked(first, batch);
-    });
+    tell(scan,
+         [first = i + 1 - has.size(), batch = std::exchange(has, {})](DirScan&, const DirScanCalls& calls) {
+           if (calls.looked) calls.looked(first, batch);
+         });
   }
 }
 
