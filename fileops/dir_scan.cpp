@@ -75,7 +75,9 @@ int compare_bytes(const void* a, const void* b) {
 
 // By qsort: the order of numbers among other names has cycles, which a library sort must not be given.
 DirNames sort_listed(const DirNames& names, unsigned flags) {
+  if (names.empty()) return {};
   std::vector<const char*> order;
+  order.reserve(names.size());
   for (const std::string& name : names) order.push_back(name.c_str());
   qsort(order.data(), order.size(), sizeof(char*),
         flags & DIR_SCAN_BYTE_ORDER ? compare_bytes : compare_listed);

@@ -21,18 +21,19 @@ struct Timer {
   std::function<void()> fn;
 };
 
-Terminal sTerminal;
+// Never destroyed, as is all that a worker may still use while the program ends.
+Terminal& sTerminal = *new Terminal;
 std::thread::id sInterfaceThread = std::this_thread::get_id();
 std::atomic<bool> sEnded{false};
 std::atomic<bool> sWoken{false};
 std::map<int, Timer> sTimers;  // interface thread only
 int sLastTimer = 0;
 std::mutex sAlertMutex;  // guards the two below, and the terminal while a question is on it
-std::vector<TerminalAlert> sAlerts;
+std::vector<TerminalAlert>& sAlerts = *new std::vector<TerminalAlert>;
 size_t sAnswersUsed = 0;
 
 CallQueue& calls() {
-  static CallQueue queue([] {});
+  static CallQueue& queue = *new CallQueue([] {});
   return queue;
 }
 
