@@ -23,7 +23,7 @@ check_tsan() {
   ctest --preset tsan -j 2 -R '^(engine|face)\.'
 }
 check_fuzz() {
-  cmake_build "$root" fuzz
+  cmake_build "$root" fuzz fuzzers
   for target in build/fuzz/bin/*_fuzz; do
     echo "-- $(basename "$target")"
     corpus=$(mktemp -d)

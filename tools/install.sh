@@ -29,6 +29,7 @@ need() {
 cmake_build() {
   build_root=$1 build_preset=$2
   shift 2
+  export CCACHE_BASEDIR="$build_root" CCACHE_NOHASHDIR=1  # another clone may find what this one compiled
   [ -f "$build_root/build/$build_preset/build.ninja" ] || (cd "$build_root" && cmake --preset "$build_preset") >&2
   if [ $# -gt 0 ]; then
     (cd "$build_root" && cmake --build --preset "$build_preset" --target "$@") >&2
