@@ -26,3 +26,9 @@ int x_find(const char* text, int, unsigned flags, const std::function<void(int)>
   }
   return found;
 }
+
+int find_name(const char* name) {
+  for (int i = 0; i < gDir.count; ++i)
+    if (std::strcmp(gDir.entries[i]->name, name) == 0) return i;
+  return -2;
+}

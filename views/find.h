@@ -9,3 +9,6 @@ enum : unsigned { FIND_EXACT = 1, FIND_NO_DIRS = 2, FIND_BACKWARD = 4, FIND_PREF
 // a callback it is called with every match and the last one is returned. The pattern test applies whenever
 // the others fail.
 int x_find(const char* text, int start, unsigned flags, const std::function<void(int)>& callback = {});
+
+// The entry of that very name, never a pattern; -2 when there is none.
+int find_name(const char* name);

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QToolButton>
@@ -124,6 +125,90 @@ TEST_F(Navigation, TypedPathsCompleteFromTheHistory) {
   gOptions &= ~OPT_PATH_COMPLETION;
   type(path_field(), dir / "on");
   EXPECT_EQ(path_field()->text().toStdString(), dir / "on");
+}
+
+TEST_F(Navigation, OnlyEnterOrAPickGoesSomewhere) {
+  const std::string one = make_dir("one"), two = make_dir("two"), gone = make_dir("gone");
+  open(dir.path());
+  for (const std::string& path : {one, two, gone, dir.path()}) go(path);
+  ASSERT_EQ(gDir.path, dir.path());
+  auto* combo = base_find<QComboBox>("tb_curpath");
+  const struct {
+    const char* what;
+    std::function<void()> act;
+  } rows[] = {
+      {"a known path is typed and left",
+       [&] {
+         path_field()->setFocus();
+         path_field()->setText(QString::fromStdString(one));
+         list()->setFocus();
+       }},
+      {"the wheel turns over the field",
+       [&] {
+         const QPointF at = combo->rect().center();
+         QWheelEvent turn(at, combo->mapToGlobal(at), {}, QPoint(0, -120), Qt::NoButton, {},
+                          Qt::NoScrollPhase, false);
+         QApplication::sendEvent(combo, &turn);
+       }},
+      {"an arrow key opens the list",
+       [&] {
+         path_field()->setFocus();
+         QTest::keyClick(path_field(), Qt::Key_Down);
+         EXPECT_TRUE(combo->view()->isVisible());
+         combo->hidePopup();
+       }},
+  };
+  for (const auto& row : rows) {
+    row.act();
+    EXPECT_EQ(gDir.path, dir.path()) << row.what;
+  }
+  rmdir(gone.c_str());
+  int messages = 0;
+  path_field()->setText(QString::fromStdString(gone));
+  path_field()->setFocus();
+  while (!message_of([&] {
+            if (messages == 0) QTest::keyClick(path_field(), Qt::Key_Return);
+            QTest::qWait(50);
+          }).empty())
+    ++messages;
+  EXPECT_EQ(messages, 1) << "said once, though the path is in the list";
+  combo->showPopup();
+  QTest::keyClick(combo->view(), Qt::Key_Home);
+  const int row = combo->findText(QString::fromStdString(two));
+  for (int i = 0; i < row; ++i) QTest::keyClick(combo->view(), Qt::Key_Down);
+  QTest::keyClick(combo->view(), Qt::Key_Return);
+  EXPECT_EQ(gDir.path, two) << "picked";
+}
+
+TEST_F(Navigation, OnlyWhatWasInsertedIsCompleted) {
+  const std::string sub = make_dir("subdirectory");
+  open(dir.path());
+  go(sub);
+  const QString shown = path_field()->text();
+  type(path_field(), "/x");  // the field was edited before, and shorter
+  tb_curpath_set_text(sub.c_str());
+  path_field()->setFocus();
+  path_field()->end(false);
+  QTest::keyClick(path_field(), Qt::Key_Backspace);
+  EXPECT_EQ(path_field()->text(), shown.chopped(1)) << "what was deleted stays away";
+  EXPECT_FALSE(path_field()->hasSelectedText());
+  path_field()->selectAll();
+  QTest::keyClick(path_field(), Qt::Key_Slash);  // an insertion, though the text is shorter than before
+  EXPECT_EQ(path_field()->text(), shown);
+}
+
+TEST_F(Navigation, UpAndRefreshFindTheVeryName) {
+  for (const char* name : {"!", "1", "[1]", "*"}) make_dir(name);
+  open(dir / "[1]");
+  fl_up();
+  EXPECT_EQ(selected_names(), "[1]");
+  fl_newpath((dir / "*").c_str());
+  fl_up();
+  EXPECT_EQ(selected_names(), "*");
+  fl_unselect_all();
+  fl_select_index(index_of("[1]"));
+  fl_refresh();
+  EXPECT_EQ(gDir.current, index_of("[1]"));
 }
 
 TEST_F(Navigation, EscapeTwiceCompletesADirectory) {

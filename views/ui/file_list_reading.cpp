@@ -170,7 +170,7 @@ int fl_refresh() {
   gDir.sel_count = gDir.sel_dir_count = 0;
   fl_update();
   if (!keep.empty())
-    fl_goto(keep.c_str(), 0, FIND_EXACT);
+    fl_goto_index(find_name(keep.c_str()));
   else
     fl_goto_index(-1);
   desk_status(1, "");

@@ -79,7 +79,7 @@ void fl_up() {
   if (gDir.path == "/" || gDir.path.empty()) return;
   const std::string left = last_component(gDir.path);
   if (fl_newpath(parent_path(gDir.path).c_str()) != 0) return;
-  fl_goto(left.c_str(), 0, FIND_EXACT);
+  fl_goto_index(find_name(left.c_str()));  // the search would take "[a]" for a pattern
   fl_select_index(gDir.current);
 }
 

@@ -27,6 +27,7 @@ constexpr int kEscapePairMs = 2000;
 
 QComboBox* sPath = nullptr;
 QComboBox* sFilter = nullptr;
+qsizetype sPathKept = 0;  // characters of the path field that the next key does not replace
 
 void tb_curpath_cb(const QString& text) {
   const std::string shown = text.toStdString();
@@ -63,11 +64,7 @@ void complete_from_history(QLineEdit* line) {
 }
 
 void tb_curpath_notify(const QString& text) {
-  static qsizetype length_before = 0;
-  const bool insertion = text.size() > length_before;
-  QLineEdit* line = sPath->lineEdit();
-  if (insertion) complete_from_history(line);
-  length_before = text.size();
+  if (text.size() > sPathKept) complete_from_history(sPath->lineEdit());
   if (gOptions & OPT_PATH_COLOUR) tb_curpath_update_appearance();
 }
 
@@ -119,9 +116,34 @@ class PathKeys : public QObject {
   QElapsedTimer first_;
 };
 
+// A pick is made in the list that drops down: neither the wheel, which turns while one scrolls by, nor an
+// arrow key in the field goes through the entries, each of which would be gone to at once.
+class PickOnlyFromList : public QObject {
+ public:
+  using QObject::QObject;
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() == QEvent::Wheel) {
+      event->ignore();
+      return true;
+    }
+    if (event->type() != QEvent::KeyPress) return false;
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (key == Qt::Key_Up || key == Qt::Key_Down) {
+      static_cast<QComboBox*>(object)->showPopup();
+      return true;
+    }
+    return key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+  }
+};
+
 void setup_combo(QComboBox* combo) {
   combo->setCompleter(nullptr);
   combo->setDuplicatesEnabled(true);
+  combo->installEventFilter(new PickOnlyFromList(combo));
+  // The widget takes a text that is merely left behind for a pick when the list happens to hold it.
+  QObject::disconnect(combo->lineEdit(), &QLineEdit::editingFinished, combo, nullptr);
   combo->lineEdit()->setAccessibleName(combo->accessibleName());
 }
 
@@ -141,6 +163,9 @@ void path_bar_setup(QComboBox* curpath, QComboBox* filespec) {
   line->installEventFilter(new PathKeys(line));
   QObject::connect(line, &QLineEdit::returnPressed, line, [] { tb_curpath_cb(sPath->currentText()); });
   QObject::connect(line, &QLineEdit::textEdited, line, tb_curpath_notify);
+  const auto keep = [line] { sPathKept = line->text().size() - line->selectedText().size(); };
+  QObject::connect(line, &QLineEdit::textChanged, line, keep);
+  QObject::connect(line, &QLineEdit::selectionChanged, line, keep);
   QObject::connect(sPath, &QComboBox::textActivated, line, tb_curpath_cb);
   QLineEdit* filter = sFilter->lineEdit();
   QObject::connect(filter, &QLineEdit::returnPressed, filter, [] { tb_filespec_cb(sFilter->currentText()); });
