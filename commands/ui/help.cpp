@@ -50,8 +50,8 @@ const HelpTopic kHelpTopics[] = {
      "<p>Cut and Copy remember the selection, Paste brings it into the directory shown: in this window, in "
      "another one, or in another file manager. What is cut stays in place, marked, until it is pasted.</p>"
      "<p>Dragging moves, with <b>Ctrl</b> it copies: onto a directory, onto <b>..</b>, onto the empty part "
-     "of "
-     "a list. Copy To and Move To in the Edit menu lead through directories; a double click chooses one that "
+     "of a list or onto its header. Copy To and Move To in the Edit menu lead through directories; a double "
+     "click chooses one that "
      "holds others.</p>"
      "<p>Each operation runs by itself in a slot with its progress, a pause and a cancel button. Nothing is "
      "overwritten without a question unless the preferences say so.</p>"},

@@ -46,7 +46,7 @@ void select_items(const std::vector<std::string>& names, bool properties) {
   int first = -2;
   for (const std::string& name : names) {
     const int i = find_name(name.c_str());
-    if (i < 0 || name != gDir.entries[i]->name) continue;
+    if (i < 0) continue;
     if (first < 0) fl_goto_index(first = i);
     fl_select_index(i);
   }

@@ -1,6 +1,8 @@
 #include "views/ui/file_list_dnd.h"
 
 #include <QDropEvent>
+#include <QHeaderView>
+#include <QScrollBar>
 #include <QTimer>
 
 #include "fileops/ui/files_mime.h"
@@ -9,10 +11,18 @@
 #include "tests/face/shown_window.h"
 
 namespace {
+const char kHeader[] = "/header";
+
+// What is under the pointer at a place.
+QWidget* ground_of(const ShownWindow& window, const std::string& name) {
+  return name == kHeader ? window.list()->header()->viewport() : window.list()->viewport();
+}
+
 // The middle of the row of a name ("" the part below the rows).
 QPoint place_of(const ShownWindow& window, const std::string& name) {
   QAbstractItemModel* model = window.list()->model();
   const int last = model->rowCount() - 1;
+  if (name == kHeader) return {20, 5};
   if (name.empty()) return window.list()->visualRect(model->index(last, 0)).bottomLeft() + QPoint(10, 10);
   for (int row = 0; row <= last; ++row) {
     const QModelIndex index = model->index(row, 0);
@@ -27,12 +37,12 @@ const Qt::DropActions kBoth = Qt::CopyAction | Qt::MoveAction;
 // Drags over the place; what a drop there would do, IgnoreAction when it would be refused.
 Qt::DropAction hover(const ShownWindow& window, const QMimeData& mime, const std::string& over,
                      Qt::KeyboardModifiers modifiers = {}, Qt::DropActions possible = kBoth) {
-  QWidget* viewport = window.list()->viewport();
+  QWidget* ground = ground_of(window, over);
   const QPoint place = place_of(window, over);
   QDragEnterEvent enter(place, possible, &mime, Qt::LeftButton, modifiers);
-  QApplication::sendEvent(viewport, &enter);
+  QApplication::sendEvent(ground, &enter);
   QDragMoveEvent move(place, possible, &mime, Qt::LeftButton, modifiers);
-  QApplication::sendEvent(viewport, &move);
+  QApplication::sendEvent(ground, &move);
   EXPECT_EQ(enter.isAccepted(), move.isAccepted());
   return move.isAccepted() ? move.dropAction() : Qt::IgnoreAction;
 }
@@ -41,7 +51,7 @@ Qt::DropAction drop(const ShownWindow& window, const QMimeData& mime, const std:
                     Qt::KeyboardModifiers modifiers = {}, Qt::DropActions possible = kBoth) {
   const Qt::DropAction hovered = hover(window, mime, over, modifiers, possible);
   QDropEvent event(place_of(window, over), possible, &mime, Qt::LeftButton, modifiers);
-  QApplication::sendEvent(window.list()->viewport(), &event);
+  QApplication::sendEvent(ground_of(window, over), &event);
   EXPECT_FALSE(hovered == Qt::IgnoreAction && event.isAccepted()) << over;
   return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
 }
@@ -65,9 +75,10 @@ TEST(DragAndDrop, OnlyDirectoriesAndTheEmptyPartAreTargets) {
     const char* over;
     bool target;
   } rows[] = {
-      {own.get(), "e", true},      {own.get(), "..", true},   {own.get(), "d", false},
-      {own.get(), "file", false},  {own.get(), "", false},    {foreign.get(), "e", true},
-      {foreign.get(), "..", true}, {foreign.get(), "", true}, {foreign.get(), "file", false},
+      {own.get(), "e", true},      {own.get(), "..", true},        {own.get(), "d", false},
+      {own.get(), "file", false},  {own.get(), "", false},         {foreign.get(), "e", true},
+      {foreign.get(), "..", true}, {foreign.get(), "", true},      {foreign.get(), "file", false},
+      {own.get(), kHeader, false}, {foreign.get(), kHeader, true},
   };
   for (const auto& row : rows)
     EXPECT_EQ(hover(window, *row.mime, row.over), row.target ? Qt::MoveAction : Qt::IgnoreAction) << row.over;
@@ -106,6 +117,19 @@ TEST(DragAndDrop, TakesTheFilesOfOtherPrograms) {
   ASSERT_TRUE(settled());
   EXPECT_EQ(read_file(window / "d/c"), "2");
   EXPECT_FALSE(path_exists(second / "c"));
+}
+
+TEST(DragAndDrop, AFullListStillTakesADropForItsOwnDirectory) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 100; ++i) names.push_back("d" + std::to_string(i) + "/");
+  ShownWindow window(names);
+  TempDir other;
+  write_file(other / "f", "1");
+  ASSERT_GT(window.list()->verticalScrollBar()->maximum(), 0);
+  EXPECT_EQ(drop(window, *carried(other.path(), {"f"}), kHeader), Qt::MoveAction);
+  ASSERT_TRUE(settled());
+  EXPECT_EQ(read_file(window / "f"), "1");
+  EXPECT_FALSE(path_exists(other / "f"));
 }
 
 TEST(DragAndDrop, ADropWithinASecondOfTheDragsStartIsIgnored) {

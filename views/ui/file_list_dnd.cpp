@@ -1,17 +1,19 @@
-// A drag over the list is judged row by row: a directory or the ".." row is a target and is framed, the empty
-// part stands for the directory shown, a file is no target. What comes from this program is known while it is
+// A drag over the list is judged row by row: a directory or the ".." row is a target and is framed, a file is
+// no target. Where there is no row, and on the header, which is there however full the list is, a drop goes
+// to the directory shown, and the whole list is framed. What comes from this program is known while it is
 // over the list; what another program drags is looked at only when it is dropped.
 #include "views/ui/file_list_dnd.h"
 
-#include <QAbstractItemView>
 #include <QApplication>
 #include <QDrag>
 #include <QDropEvent>
 #include <QElapsedTimer>
+#include <QHeaderView>
 #include <QPainter>
 #include <QRubberBand>
 #include <QScrollBar>
 #include <QTimer>
+#include <QTreeView>
 #include <algorithm>
 
 #include "core/toolkit/icons.h"
@@ -36,7 +38,7 @@ int dragged_to_code(const QDropEvent& event) {
   return -1;
 }
 
-// The frame round the row that would take the drop.
+// The frame round what would take the drop.
 class TargetFrame : public QRubberBand {
  public:
   explicit TargetFrame(QWidget* parent) : QRubberBand(QRubberBand::Rectangle, parent) {}
@@ -48,17 +50,20 @@ class TargetFrame : public QRubberBand {
 
 class DropTarget : public QObject {
  public:
-  explicit DropTarget(QAbstractItemView* list)
+  explicit DropTarget(QTreeView* list)
       : QObject(list), list_(list), frame_(new TargetFrame(list->viewport())) {
     scroll_.setInterval(kScrollEveryMs);
     connect(&scroll_, &QTimer::timeout, this, [this] { scroll_step(); });
     list->setAcceptDrops(true);
-    list->viewport()->setAcceptDrops(true);
-    list->viewport()->installEventFilter(this);
+    for (QWidget* ground : {list->viewport(), list->header()->viewport()}) {
+      ground->setAcceptDrops(true);
+      ground->installEventFilter(this);
+    }
   }
 
  protected:
-  bool eventFilter(QObject*, QEvent* event) override {
+  bool eventFilter(QObject* ground, QEvent* event) override {
+    if (event->type() == QEvent::DragEnter) on_header_ = ground != list_->viewport();
     switch (event->type()) {
       case QEvent::DragEnter:
         enter(static_cast<QDragEnterEvent*>(event));
@@ -85,7 +90,7 @@ class DropTarget : public QObject {
     if (event->mimeData()->hasFormat(QString::fromLatin1(kMimeDrag)))
       known_ = files_mime_read(*event->mimeData()).lists;
     wfocus(list_);
-    scroll_.start();
+    if (!on_header_) scroll_.start();
     answer(event);
   }
 
@@ -97,10 +102,9 @@ class DropTarget : public QObject {
   // Tells the source what a drop at the pointer would do.
   void answer(QDragMoveEvent* event) {
     pointer_ = event->position().toPoint();
-    const QModelIndex index = list_->indexAt(pointer_);
-    const int entry = entry_at(index);
-    const bool valid = is_target(entry, known_);
-    frame_->frame(valid && index.isValid() ? row_rect(index) : QRect());
+    const QModelIndex index = index_at(pointer_);
+    const bool valid = is_target(entry_at(index), known_);
+    frame_->frame(!valid ? QRect() : index.isValid() ? row_rect(index) : list_->viewport()->rect());
     event->setDropAction(dragged_to_code(*event) == FOP_COPY ? Qt::CopyAction : Qt::MoveAction);
     if (valid)
       event->accept();
@@ -115,7 +119,7 @@ class DropTarget : public QObject {
     if (!active) return;
     if (dnd_start_timestamp.isValid() && !dnd_start_timestamp.hasExpired(kTooSoonMs)) return;
     const int code = dragged_to_code(*event);
-    const int entry = entry_at(list_->indexAt(event->position().toPoint()));
+    const int entry = entry_at(index_at(event->position().toPoint()));
     const OfferedFiles offered = files_mime_read(*event->mimeData());
     if (code < 0 || !is_target(entry, offered.lists)) return;
     event->setDropAction(code == FOP_COPY ? Qt::CopyAction : Qt::MoveAction);
@@ -140,6 +144,10 @@ class DropTarget : public QObject {
            });
   }
 
+  QModelIndex index_at(const QPoint& place) const {
+    return on_header_ ? QModelIndex() : list_->indexAt(place);
+  }
+
   // -2 where there is no row.
   static int entry_at(const QModelIndex& index) {
     return index.isValid() ? index.siblingAtColumn(0).data(Qt::UserRole).toInt() : -2;
@@ -162,16 +170,17 @@ class DropTarget : public QObject {
     if (bar->value() != before) frame_->hide();
   }
 
-  QAbstractItemView* list_;
+  QTreeView* list_;
   TargetFrame* frame_;
   QTimer scroll_;
   QPoint pointer_;
   std::vector<TransferList> known_;
   bool dnd_active_ = false;  // a drag that may be dropped is over the list
+  bool on_header_ = false;   // over its header, that is
 };
 }  // namespace
 
-void fl_dnd_attach(QAbstractItemView* list) {
+void fl_dnd_attach(QTreeView* list) {
   new DropTarget(list);
 }
 

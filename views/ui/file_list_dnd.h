@@ -9,9 +9,10 @@
 
 class QAbstractItemView;
 class QFont;
+class QTreeView;
 
-// Makes the list take drops. Its startDrag calls fl_dnd_start.
-void fl_dnd_attach(QAbstractItemView* list);
+// Makes the list take drops, and its header those for the directory shown.
+void fl_dnd_attach(QTreeView* list);
 
 // Drags the selection until it is dropped somewhere. Does nothing when nothing is selected.
 void fl_dnd_start(QAbstractItemView* list);
@@ -20,7 +21,7 @@ void fl_dnd_start(QAbstractItemView* list);
 QPixmap fl_dnd_picture(const TransferList& list, const QFont& font, qreal scale);
 
 // Where a drop on a row of gDir goes: the path above for -1 (the ".." row), the directory of entry i, the
-// directory shown for -2 (no row). Empty for an entry that is no directory.
+// directory shown for -2 (no row, or the header). Empty for an entry that is no directory.
 std::string fl_dnd_destination(int entry);
 // Whether dropping the list there would do anything: not onto one of its own items, nor where it comes from.
 bool fl_dnd_allowed(const TransferList& list, int entry);
