@@ -4,24 +4,33 @@ install(PROGRAMS packaging/zan-launch DESTINATION ${CMAKE_INSTALL_BINDIR})
 if(ZAN_COMPANIONS)
   install(TARGETS ${ZAN_COMPANIONS} RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/zan)
 endif()
-configure_file(packaging/org.freedesktop.FileManager1.service.in org.freedesktop.FileManager1.service @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/org.freedesktop.FileManager1.service
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
+# It names no directory: the place where a package or --prefix puts the programs is not known when this is configured.
+install(FILES packaging/org.freedesktop.FileManager1.service DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
 install(FILES packaging/zan.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 configure_file(packaging/zan.metainfo.xml.in zan.metainfo.xml @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zan.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
-install(FILES docs/man/zan.1 docs/man/zan-op.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES docs/man/zan.1 docs/man/zan-launch.1 docs/man/zan-op.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES packaging/zan-tmpfiles.conf DESTINATION ${CMAKE_INSTALL_DATADIR}/user-tmpfiles.d RENAME zan.conf)
 install(FILES resources/icons/zan.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 install(FILES packaging/zan-symbolic.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/symbolic/apps)
+install(FILES packaging/copyright CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/zan)
 
 # cpack -G DEB: a Debian package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zan)
 set(CPACK_PACKAGE_CONTACT "zan maintainers <maintainers@users.noreply.example>")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6svg6, file, x-terminal-emulator | xterm")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "xdg-utils")
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6svg6, file, sensible-utils, xterm | x-terminal-emulator")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "xdg-utils, qt6-wayland")
+set(CPACK_PACKAGE_DESCRIPTION
+  "zan shows one directory at a time in a multi-column list beside a pane of your
+favourite directories. Copies, moves and deletes run beside the window, each
+with its progress, time left, pause and cancel; zan-op does the same from a
+terminal or a script.")
+configure_file(packaging/changelog.Debian.in changelog.Debian @ONLY)
+configure_file(packaging/deb_staging.cmake.in deb_staging.cmake @ONLY)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_BINARY_DIR}/deb_staging.cmake)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

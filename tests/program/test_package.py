@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
-"""An install into a staging root: complete, valid, starts from there, and goes without a trace."""
+"""An install into a staging root, by hand and as a Debian package: complete, valid, starts from there, and goes
+without a trace."""
+import glob
 import os
 import shutil
 import subprocess
 import sys
 
-from harness import run
+from harness import run, wait_for
 
 
 def said(*command, **options):
@@ -30,7 +32,7 @@ def installs_what_a_desktop_needs(desk):
     root = staged(desk)
     have = set(files_below(root))
     wanted = ["bin/zan", "bin/zan-op", "bin/zan-launch", "share/applications/zan.desktop", "share/man/man1/zan.1",
-              "share/man/man1/zan-op.1", "share/metainfo/zan.metainfo.xml", "share/user-tmpfiles.d/zan.conf",
+              "share/man/man1/zan-op.1", "share/man/man1/zan-launch.1", "share/doc/zan/copyright", "share/metainfo/zan.metainfo.xml", "share/user-tmpfiles.d/zan.conf",
               "share/icons/hicolor/scalable/apps/zan.svg", "share/icons/hicolor/symbolic/apps/zan-symbolic.svg",
               "share/dbus-1/services/org.freedesktop.FileManager1.service"]
     wanted += ["libexec/zan/" + name for name in ("conwin", "kored", "imgshow", "roamer", "mediaplay", "streamplay",
@@ -48,18 +50,28 @@ def installs_what_a_desktop_needs(desk):
         assert "warning" not in warnings, warnings
 
 
-def starts_from_there_and_finds_its_companions(desk):
-    root = staged(desk)
-    shutil.rmtree(os.path.join(desk.home, ".vr"))
+def starts_below(desk, root):
+    """Starts zan by its launcher from that root, as a newcomer without a settings directory does, and opens a
+    terminal: a stand-in that notes the PATH it got."""
+    shutil.rmtree(os.path.join(desk.home, ".vr"), ignore_errors=True)
+    noted = os.path.join(desk.root, "noted")
+    terminal = desk.make("terminal", f'#!/bin/sh\nprintf "%s" "$PATH" >{noted}.new && mv {noted}.new {noted}\n')
+    os.chmod(terminal, 0o755)
     app = desk.start(desk.work, program=os.path.join(root, "usr/bin/zan-launch"),
-                     env={"PATH": os.path.join(root, "usr/bin") + ":" + os.environ["PATH"]})
-    with open(f"/proc/{app.pid}/exe", "rb") as running:
-        assert running.read(4) == b"\x7fELF"
+                     env={"PATH": os.path.join(root, "usr/bin") + ":" + os.environ["PATH"], "TERMINAL": terminal})
     assert os.readlink(f"/proc/{app.pid}/exe") == os.path.join(root, "usr/bin/zan")
+    app.keys("ctrl+t")
+    wait_for(lambda: os.path.exists(noted), "a terminal by the companion")
+    with open(noted, encoding="utf-8") as path:
+        assert os.path.join(root, "usr/libexec/zan") in map(os.path.normpath, path.read().split(":"))
     app.close()
     assert app.wait() == 0, app.errors()
     assert os.path.exists(os.path.join(desk.settings, "config.003")), "a newcomer's settings are not kept"
     assert not app.errors(), app.errors()
+
+
+def starts_from_there_and_finds_its_companions(desk):
+    starts_below(desk, staged(desk))
 
 
 def leaves_no_trace(desk):
@@ -71,4 +83,43 @@ def leaves_no_trace(desk):
     assert files_below(root) == []
 
 
-sys.exit(run([installs_what_a_desktop_needs, starts_from_there_and_finds_its_companions, leaves_no_trace]))
+def dpkg(root, *arguments):
+    """dpkg for a root of its own that holds no other package."""
+    admin = os.path.join(root, "var/lib/dpkg")
+    for name in ("info", "updates", "triggers"):
+        os.makedirs(os.path.join(admin, name), exist_ok=True)
+    for name in ("status", "available"):
+        with open(os.path.join(admin, name), "a", encoding="utf-8"):
+            pass
+    return said("dpkg", "--root=" + root, "--force-not-root", "--force-bad-path", "--force-depends",
+                "--force-script-chrootless", "--log=/dev/null", *arguments)
+
+
+def makes_a_debian_package(desk):
+    for tool in ("cpack", "dpkg", "dpkg-deb", "dpkg-shlibdeps"):
+        if not shutil.which(tool):
+            print("     left out: no " + tool)
+            return
+    made = os.path.join(desk.root, "package")
+    said("cpack", "-G", "DEB", "-B", made, cwd=os.path.dirname(desk.bin))
+    package, = glob.glob(made + "/*.deb")
+    depends = said("dpkg-deb", "--field", package, "Depends").split(", ")
+    for wanted in ("libqt6widgets6", "libqt6svg6", "libc6", "file", "xterm"):
+        assert [name for name in depends if name.split()[0] == wanted], f"does not depend on {wanted}: {depends}"
+    content = said("dpkg-deb", "--contents", package)
+    assert "./usr/share/man/man1/zan.1.gz" in content and "./usr/local" not in content, content
+    assert all(line.split()[1] == "root/root" for line in content.splitlines()), content
+    if shutil.which("lintian"):
+        said("lintian", "--allow-root", "--fail-on", "error", package)
+    root = os.path.join(desk.root, "machine")
+    dpkg(root, "--install", package)
+    with open(os.path.join(root, "usr/share/dbus-1/services/org.freedesktop.FileManager1.service"), encoding="utf-8") as text:
+        assert [word for word in text.read().split() if "/" in word] == ["Exec=/usr/bin/env"], "bound to one place"
+    starts_below(desk, root)
+    dpkg(root, "--purge", "zan")
+    left = [path for path in files_below(root) if not path.startswith("var/lib/dpkg/")]
+    assert not left and not os.path.exists(os.path.join(root, "usr")), left
+
+
+sys.exit(run([installs_what_a_desktop_needs, starts_from_there_and_finds_its_companions, leaves_no_trace,
+              makes_a_debian_package]))
