@@ -1,5 +1,8 @@
 #include "core/command.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -31,6 +34,53 @@ bool selected_names(std::vector<std::string>* names) {
   return !names->empty();
 }
 
+// The kernel takes no single argument of 128 KiB, and a terminal may quote this one once more.
+constexpr size_t kLongestArgument = 32 * 1024;
+
+bool write_whole(int fd, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(fd, text.data(), text.size());
+    if (written <= 0) return false;
+    text.remove_prefix(static_cast<size_t>(written));
+  }
+  return true;
+}
+
+// Puts the text into a new file that only the user can read, where it goes with the session if nobody takes
+// it away. Its path; empty when that fails.
+std::string keep_script(const std::string& text) {
+  for (const char* variable : {"XDG_RUNTIME_DIR", "TMPDIR", ""}) {
+    const char* value = *variable ? getenv(variable) : "/tmp";
+    if (!value || *value != '/') continue;
+    std::string path = std::string(value) + "/zan-command-XXXXXX";
+    const int fd = mkostemp(path.data(), O_CLOEXEC);
+    if (fd < 0) continue;
+    const bool whole = write_whole(fd, text);
+    if (close(fd) == 0 && whole) return path;
+    unlink(path.c_str());
+  }
+  return {};
+}
+
+// Starts a shell with the command line: program and its arguments, "/bin/sh" the last of them. A command line
+// that is too long for an argument, as that of many names, goes over a script that takes itself away first.
+int run_shell_line(int input_group, const std::string& program, std::vector<std::string> arguments,
+                   const std::string& line, const char* afterwards) {
+  std::string script;
+  if (line.size() > kLongestArgument) script = keep_script("rm -f -- \"$0\"\n" + line + "\n\n" + afterwards);
+  if (script.empty())
+    arguments.insert(arguments.end(), {"-c", line});
+  else
+    arguments.push_back(script);
+  const int result = misc_spawn(input_group, program, arguments);
+  if (result != 0 && !script.empty()) unlink(script.c_str());
+  return result;
+}
+
+// Even a program's arguments together have a bound: its message must not go with the window.
+constexpr char kWaitIfNotRun[] =
+    "[ $? -ne 126 ] || { printf '[Enter closes the window] '; read -r answer; }\n";
+
 bool current_is_directory() {
   return gDir.current >= 0 && gDir.current < gDir.count &&
          dir_entry_is_directory(*gDir.entries[gDir.current]);
@@ -56,9 +106,9 @@ int misc_run(int input_group, int keep_open, const char* command) {
   if (!*command) return -1;
   setenv("VRIG", std::to_string(input_group).c_str(), 1);
   if (begins_with_word(command, "conwin"))
-    return misc_spawn(input_group, "/bin/sh", {"-c", "exec " + std::string(command) + " &"});
-  return misc_spawn(input_group, host_companion("conwin"),
-                    {keep_open ? "-zU" : "-U", "/bin/sh", "-c", command});
+    return run_shell_line(input_group, "/bin/sh", {}, "exec " + std::string(command) + " &", "");
+  return run_shell_line(input_group, host_companion("conwin"), {keep_open ? "-zU" : "-U", "/bin/sh"}, command,
+                        keep_open ? "" : kWaitIfNotRun);
 }
 
 int misc_spawn(int, const std::string& program, const std::vector<std::string>& arguments) {

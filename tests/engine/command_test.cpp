@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "core/command_text.h"
 #include "tests/support/shown_dir.h"
 #include "tests/support/stand_ins.h"
@@ -144,6 +146,32 @@ TEST(Command, RunsInATerminalThatClosesOrStays) {
   for (int i = 0; i < 3000 && read_file(dir / "vrig") != "3\n" + gDir.path + "\n"; ++i) usleep(10000);
   EXPECT_EQ(read_file(dir / "vrig"), "3\n" + gDir.path + "\n");
   EXPECT_EQ(misc_run(0, 0, " \n"), -1);
+}
+
+// The kernel takes no argument of 128 KiB.
+TEST(Command, RunsOnMoreNamesThanAnArgumentHolds) {
+  ShownDir dir;
+  const TempDir runtime;
+  StandIns programs;
+  programs.add_running_terminal();
+  programs.add("got");
+  std::vector<std::string> names;
+  for (int i = 0; i < 1500; ++i)
+    names.push_back(std::to_string(10000 + i) + " $(x);\n" + std::string(150, 'n'));
+  for (const std::string& name : names) dir.add(name, false);
+  dir.select(names);
+  dir.make_current(names[0]);
+  const std::string before = getenv("XDG_RUNTIME_DIR") ? getenv("XDG_RUNTIME_DIR") : "";
+  setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+  for (const char* text : {"got @", "conwin -e got @"}) {
+    EXPECT_EQ(file_cmd(text, nullptr), 0);
+    Call expected = names;
+    expected.insert(expected.begin(), "got");
+    EXPECT_EQ(programs.calls_of("got", 1)[0], expected) << text;
+    EXPECT_TRUE(std::filesystem::is_empty(runtime.path())) << text;
+    programs.clear();
+  }
+  before.empty() ? unsetenv("XDG_RUNTIME_DIR") : setenv("XDG_RUNTIME_DIR", before.c_str(), 1);
 }
 
 TEST(Command, StartsTheTerminalItselfDirectly) {
