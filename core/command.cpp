@@ -37,7 +37,7 @@ bool selected_names(std::vector<std::string>* names) {
 // The kernel takes no single argument of 128 KiB, and a terminal may quote this one once more.
 constexpr size_t kLongestArgument = 32 * 1024;
 
-bool write_whole(int fd, std::string_view text) {
+bool write_script(int fd, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = write(fd, text.data(), text.size());
     if (written <= 0) return false;
@@ -55,7 +55,7 @@ std::string keep_script(const std::string& text) {
     std::string path = std::string(value) + "/zan-command-XXXXXX";
     const int fd = mkostemp(path.data(), O_CLOEXEC);
     if (fd < 0) continue;
-    const bool whole = write_whole(fd, text);
+    const bool whole = write_script(fd, text);
     if (close(fd) == 0 && whole) return path;
     unlink(path.c_str());
   }

@@ -84,7 +84,7 @@ class AssociateDialog : public QDialog {
       for (const std::string& text :
            {association.pattern, association.open_cmd, association.view_cmd, association.edit_cmd}) {
         item->setText(column, QString::fromStdString(text));
-        item->setToolTip(column++, QString::fromStdString(text).toHtmlEscaped());
+        item->setToolTip(column++, tip_text(QString::fromStdString(text)));
       }
     }
     ui_.as_remove->setEnabled(!atmp_.empty());

@@ -53,7 +53,7 @@ void show_path(QLineEdit* field, const std::string& path) {
   field->setFixedHeight(field->fontMetrics().height() + 2);
   field->setText(utf8(path));
   field->setCursorPosition(0);
-  field->setToolTip(utf8(path));
+  field->setToolTip(tip_text(utf8(path)));
 }
 
 const char* image_name(const DirEntry& entry) {
@@ -139,7 +139,7 @@ void PropertyDialog::setup_multi() {
   ui_.pr_icon->setPixmap(icon_get("file").pixmap(QSize(ICON_SIZE, ICON_SIZE), devicePixelRatio()));
   x_block_text(ui_.pr_name, true);
   ui_.pr_name->setCursorPosition(0);
-  ui_.pr_name->setToolTip(ui_.pr_name->text());
+  ui_.pr_name->setToolTip(tip_text(ui_.pr_name->text()));
   for (QLabel* label : {ui_.pr_filetype_title, ui_.pr_filetype, ui_.pr_modified_title, ui_.pr_modified}) {
     label->setEnabled(false);
   }

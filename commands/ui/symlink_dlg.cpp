@@ -23,7 +23,7 @@ class SymlinkDialog : public QDialog {
     ui_.setupUi(this);
     const QString shown = QString::fromUtf8(fname_decode(source));
     ui_.symlink_src_lbl->setText(shown);
-    ui_.symlink_src_lbl->setToolTip(shown);
+    ui_.symlink_src_lbl->setToolTip(tip_text(shown));
     ui_.symlink_dst_txt->setFocus();
     connect(ui_.symlink_create, &QPushButton::clicked, this, [this] { create(); });
     connect(ui_.symlink_cancel, &QPushButton::clicked, this, &QDialog::reject);

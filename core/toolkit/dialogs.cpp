@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QScreen>
+#include <QTextDocument>
 
 #include "core/toolkit/message.h"
 
@@ -16,4 +17,8 @@ void dialog_open(QWidget* parent, QDialog* dialog) {
   dialog->resize(size);
   wcenter(parent, dialog);
   dialog->show();
+}
+
+QString tip_text(const QString& text) {
+  return Qt::mightBeRichText(text) ? QLatin1String("<qt>") + text.toHtmlEscaped() : text;
 }

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <QHeaderView>
+#include <QTextDocument>
 #include <random>
 
 #include "tests/face/main_window.h"
@@ -279,6 +280,20 @@ TEST_F(FileList, ColumnWidthsComeBackAsSetAtAnyFontSize) {
   }
   EXPECT_EQ(fl_get_column_width(0), -1);
   EXPECT_EQ(fl_get_column_width(8), -1);
+}
+
+// A tool tip takes what looks like markup for markup, and nothing else.
+TEST_F(FileList, ToolTipsShowNamesAsTheyStand) {
+  const char* names[] = {"Rock & Roll", "say \"x\"", "<b>bold<", "a < b > c", "&lt;", "&amp;"};
+  for (const char* name : names) make({name});
+  open(dir.path());
+  ASSERT_EQ(gDir.count, int(std::size(names)));
+  for (int i = 0; i < gDir.count; ++i) {
+    const QString tip = fl_model()->index(fl_model()->row_of(i), 0).data(Qt::ToolTipRole).toString();
+    QTextDocument page;
+    page.setHtml(tip);
+    EXPECT_EQ((Qt::mightBeRichText(tip) ? page.toPlainText() : tip).toStdString(), gDir.entries[i]->name);
+  }
 }
 
 TEST_F(FileList, ShowsEveryByteAName_MayHold) {

@@ -3,6 +3,7 @@
 #include <QFont>
 #include <string>
 
+#include "core/toolkit/dialogs.h"
 #include "core/toolkit/icons.h"
 #include "dirmodel/dir_read.h"
 #include "dirmodel/dir_sort.h"
@@ -113,7 +114,7 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const {
   if (text) return one_line(fl_column_text(*entry, index.column()));
   if (role == Qt::DecorationRole && index.column() == 0) return icon_get(fl_row_image(*entry));
   if (role == Qt::ToolTipRole && (index.column() == 0 || index.column() == 6))
-    return one_line(fl_column_text(*entry, index.column())).toHtmlEscaped();
+    return tip_text(one_line(fl_column_text(*entry, index.column())));
   return {};
 }
 
