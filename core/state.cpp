@@ -21,7 +21,17 @@ Settings* default_record() {
 
 std::string current_directory() {
   char cwd[1024];
-  return getcwd(cwd, sizeof cwd) ? cwd : "";
+  // The kernel's "(unreachable)/..." is no path either.
+  return getcwd(cwd, sizeof cwd) && cwd[0] == '/' ? cwd : "";
+}
+
+// The settings are saved when the working directory has become another one.
+std::string settings_place(const std::string& path) {
+  char* absolute = path[0] == '/' ? nullptr : realpath(path.c_str(), nullptr);
+  if (!absolute) return path;
+  const std::string place = absolute;
+  free(absolute);
+  return place;
 }
 
 // Whether the path that is there can serve as the settings directory.
@@ -43,9 +53,10 @@ std::string state_start_directory(int argc, char** argv) {
   std::string cwd = current_directory();
   if (first < argc) {
     const char* argument = argv[first];
-    std::string path =
-        argument[0] == '/' ? argument : es_construct_fullpath(cwd.empty() ? nullptr : cwd.c_str(), argument);
-    if (!path.empty() && fs_path_is_directory(path.c_str()) > 0) return path;
+    const bool absolute = argument[0] == '/';
+    const std::string path = absolute ? argument : es_construct_fullpath(cwd.c_str(), argument);
+    // Relative to a directory that has no name any more, it names nothing that could be read again.
+    if ((absolute || !cwd.empty()) && fs_path_is_directory(path.c_str()) > 0) return path;
   }
   return cwd.empty() ? "/" : cwd;
 }
@@ -54,11 +65,11 @@ std::string state_settings_directory() {
   const char* home = getenv("HOME");
   std::string path = es_construct_fullpath(home ? home : "/", ".vr/zan");
   if (access(path.c_str(), F_OK) == 0) {
-    if (usable_directory(path)) return path;
+    if (usable_directory(path)) return settings_place(path);
     std::fprintf(stderr, "ZAN error: unable to access config directory %s\n", path.c_str());
     return {};
   }
-  if (mkdir(path.c_str(), 0700) == 0) return path;
+  if (mkdir(path.c_str(), 0700) == 0) return settings_place(path);
   std::fprintf(stderr, "ZAN error: unable to create config directory %s\n", path.c_str());
   return {};
 }

@@ -4,10 +4,12 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
-#include <csignal>
 
+#include <algorithm>
 #include <chrono>
+#include <climits>
 #include <condition_variable>
+#include <csignal>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -69,7 +71,8 @@ int link_count(const char* path) {
   struct stat64 status;
   if (stat64(path, &status) != 0) return -1;
   if (!S_ISDIR(status.st_mode)) return 0;
-  return status.st_nlink ? static_cast<int>(status.st_nlink) : 2;
+  // Some file systems give all bits for "not known".
+  return status.st_nlink ? static_cast<int>(std::min<nlink_t>(status.st_nlink, INT_MAX)) : 2;
 }
 
 bool is_subdirectory(int fd, const struct dirent64& entry, bool dot_names) {

@@ -22,8 +22,13 @@ std::string x_check_path(const char* text, const std::string& current, std::stri
   message->clear();
   std::string path = text ? text : "";
   es_strip_pathname(&path);
-  if (path == current) return {};
   const std::string shown = fname_decode(path.c_str());
+  // Shown under a relative path, a directory could not be read again from within.
+  if (!path.empty() && path[0] != '/' && !current.empty()) {
+    path = es_construct_fullpath(current.c_str(), path.c_str());
+    es_strip_pathname(&path);
+  }
+  if (path == current) return {};
   const int links = fs_path_is_directory(path.c_str());
   if (links < 0)
     *message = "Directory '" + shown + "', not found";

@@ -26,9 +26,10 @@ Record* record_of(QObject* owner) {
 void x_timer_cb(QTimer* timer) {
   auto* record = record_of<TimerRecord>(timer);
   if (record == nullptr || record->interval == 0 || !record->callback) return;
-  const WTimerCallback callback = record->callback;  // it may attach another
+  const WTimerCallback callback = record->callback;  // it may attach another, or delete the timer
+  const QPointer<QTimer> alive(timer);
   callback(timer);
-  if (record->interval != 0) timer->start(static_cast<int>(record->interval));
+  if (alive && record->interval != 0) timer->start(static_cast<int>(record->interval));
 }
 }  // namespace
 

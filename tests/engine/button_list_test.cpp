@@ -15,6 +15,8 @@ TEST(ButtonList, MarksDefaultAndEscape) {
       {"&Files|@&Links|#&Abort", 3, 2, 3, "&Files"},
       {"#&No,@&Yes", 2, 2, 1, "&No"},
       {"|&One||&Two|", 2, 1, 2, "&One"},
+      {"&Go|#@&Stop|&Wait", 3, 2, 2, "&Go"},
+      {"@#&Stop|&Go", 2, 1, 1, "&Stop"},
       {"", 1, 1, 1, "&Close"},
       {"@|#|,", 1, 1, 1, "&Close"},
   };

@@ -7,6 +7,7 @@
 
 #include "core/command_line.h"
 #include "core/state.h"
+#include "tests/support/hostile_tree.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -47,11 +48,17 @@ TEST(Start, FindsTheStartDirectory) {
   for (auto [arguments, expected] : rows)
     EXPECT_EQ(state_start_directory(arguments.count(), arguments.data()), expected) << arguments.texts.back();
 
-  ASSERT_EQ(rmdir((dir / "docs").c_str()), 0);
+  // Too far down for its name to be had: what is relative to it could not be read again.
+  hostile_chain_make(dir.path(), 600);
+  for (int level = 0; level < 599; ++level) ASSERT_EQ(chdir("d"), 0);
+  Arguments none{}, relative{"d"}, absolute{dir / "docs"};
+  EXPECT_EQ(state_start_directory(relative.count(), relative.data()), "/");
+  EXPECT_EQ(state_start_directory(absolute.count(), absolute.data()), dir / "docs");
+  ASSERT_EQ(chdir(here.c_str()), 0);
+
   mkdir((dir / "gone").c_str(), 0700);
   ASSERT_EQ(chdir((dir / "gone").c_str()), 0);
   ASSERT_EQ(rmdir((dir / "gone").c_str()), 0);
-  Arguments none{}, relative{"docs"};
   EXPECT_EQ(state_start_directory(none.count(), none.data()), "/");
   EXPECT_EQ(state_start_directory(relative.count(), relative.data()), "/");
 }
@@ -83,6 +90,15 @@ TEST(Start, FindsOrCreatesTheSettingsDirectory) {
     const bool created = !row.message && row.what[0] == 'p';
     ASSERT_EQ(stat(path.c_str(), &status) == 0 && (status.st_mode & 07777) == 0700, created) << row.what;
   }
+}
+
+TEST(Start, ARelativeHomeStaysTheOneOfTheStart) {
+  TempDir dir;
+  run_shell("mkdir -p '" + dir / "home/.vr" + "'");
+  ASSERT_EQ(chdir(dir.path().c_str()), 0);
+  setenv("HOME", "home", 1);
+  EXPECT_EQ(state_settings_directory(), dir / "home/.vr/zan") << "created";
+  EXPECT_EQ(state_settings_directory(), dir / "home/.vr/zan") << "found";
 }
 
 TEST(Start, ParsesItsOwnOptions) {

@@ -61,8 +61,12 @@ TEST(PathCheck, CleansOrSaysWhy) {
       {"", "", "Directory '', not found"},
       {dir / "file", "", "Path '" + (dir / "file") + "' not found"},
       {bad, "", "Directory '?" + top + "/no?', not found"},
+      {"sub/", top + "/sub", ""},
+      {"file", "", "Path 'file' not found"},
+      {"gone", "", "Directory 'gone', not found"},
   };
   std::string message;
+  ASSERT_EQ(chdir("/"), 0);  // what is shown counts, whatever the working directory is
   for (const Row& row : rows) {
     EXPECT_EQ(x_check_path(row.text.c_str(), top, &message), row.path) << row.text;
     EXPECT_EQ(message, row.message) << row.text;

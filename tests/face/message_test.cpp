@@ -195,6 +195,13 @@ TEST(Timers, CallbackMayStopOrChangeItsTimer) {
   EXPECT_EQ(calls, 3);
   wtimer_attach(&timer, 1, [&](QTimer*) { calls = 100; });
   EXPECT_TRUE(QTest::qWaitFor([&] { return calls == 100; }));
+
+  auto* short_lived = new QTimer;
+  wtimer_attach(short_lived, 1, [&](QTimer* own) {
+    calls = 0;
+    delete own;
+  });
+  EXPECT_TRUE(QTest::qWaitFor([&] { return calls == 0; }));
 }
 
 TEST(Timers, IdleProcedureRunsUntilItHasFinished) {
