@@ -35,5 +35,6 @@ void state_init(int argc, char** argv);
 // a directory, else the current one, else "/".
 std::string state_start_directory(int argc, char** argv);
 
-// Finds or creates ".vr/zan" under HOME; its absolute path. Empty, with a message on standard error, when it cannot be used.
+// Finds or creates ".vr/zan" under HOME; its absolute path. Empty, with a message on standard error, when it
+// cannot be used.
 std::string state_settings_directory();
