@@ -1,5 +1,8 @@
 #include "platform/terminal/terminal.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -37,13 +40,33 @@ CallQueue& calls() {
   return queue;
 }
 
+// One line of the user's, or false at the end of the input and once desk_end was called.
+bool read_answer(std::string* line) {
+  constexpr int kLookMs = 50;
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  while (!sEnded)
+    if (poll(&input, 1, kLookMs) != 0) return static_cast<bool>(std::getline(std::cin, *line));
+  return false;
+}
+
+// A label as it reads where no key is marked.
+std::string plain_label(const std::string& label) {
+  std::string plain;
+  for (size_t i = 0; i < label.size(); ++i) {
+    if (label[i] == '&') ++i;
+    if (i < label.size()) plain += label[i];
+  }
+  return plain;
+}
+
 int ask_on_terminal(const TerminalAlert& alert, const ButtonList& buttons) {
   std::cerr << alert.title << ": " << alert.message;
   if (alert.message.empty() || alert.message.back() != '\n') std::cerr << '\n';
-  for (size_t i = 0; i < buttons.labels.size(); ++i) std::cerr << "  " << i + 1 << " " << buttons.labels[i];
+  for (size_t i = 0; i < buttons.labels.size(); ++i)
+    std::cerr << "  " << i + 1 << " " << plain_label(buttons.labels[i]);
   std::cerr << " [" << buttons.default_button << "] " << std::flush;
   std::string line;
-  if (!std::getline(std::cin, line)) return buttons.escape_button;
+  if (!read_answer(&line)) return buttons.escape_button;
   if (line.empty()) return buttons.default_button;
   const int answer = std::atoi(line.c_str());
   return answer >= 1 && answer <= static_cast<int>(buttons.labels.size()) ? answer : buttons.escape_button;

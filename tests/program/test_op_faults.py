@@ -3,6 +3,7 @@
 import filecmp
 import json
 import os
+import pty
 import random
 import shutil
 import signal
@@ -266,6 +267,24 @@ def test_a_signal_ends_cleanly():
         time.sleep(0.005)
     process.terminate()
     assert process.wait() == 1 and os.listdir(path("to")) == []
+
+
+def test_a_signal_ends_an_open_question():
+    for number in (signal.SIGINT, signal.SIGTERM):
+        fresh()
+        fill("from/f", 9)
+        fill("to/f", 5)
+        old = open(path("to/f"), "rb").read()
+        child, terminal = pty.fork()
+        if child == 0:
+            os.execv(OP, [OP, "copy", "--from", path("from"), "f", "--to", path("to")])
+        shown = b""
+        while b"4 aBort" not in shown:
+            shown += os.read(terminal, 4096)
+        os.kill(child, number)
+        assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 1, shown
+        os.close(terminal)
+        assert os.listdir(path("to")) == ["f"] and open(path("to/f"), "rb").read() == old
 
 
 def test_usage():
