@@ -11,7 +11,7 @@
 namespace {
 int fop_start_cmd(int kind, const TransferList& list, const std::string& destination) {
   fop_info* info = slot_add(kind, list.dir, list.names, destination);
-  if (info == nullptr) return -1;
+  if (info == nullptr) return perror("failed to start operation!\n"), -1;
   file_get_cut_files();
   const uint32_t flags = fop_derive_flags(kind, gConfig->flags, list.names.size() > 1 || list.one_dir_packed);
   fop_items_done uncut;

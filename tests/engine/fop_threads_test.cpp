@@ -1,7 +1,9 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "core/state.h"
 #include "tests/engine/fop_run.h"
+#include "views/fname.h"
 
 // Fifty operations wait for an answer each at the same time; none keeps another from asking, and the
 // interface thread stays free.
@@ -111,4 +113,23 @@ TEST(FopThreads, TheEndAnswersWithEscape) {
   EXPECT_TRUE(run.aborted);
   EXPECT_EQ(read_file(dir / "to/f"), "old");
   terminal_reset();
+}
+
+// A converter of names is a library that the worker loads, on its own small stack.
+TEST(FopThreads, AWorkerLoadsTheConverterOfNames) {
+  TempDir dir;
+  mkdir((dir / "to").c_str(), 0755);
+  const std::string name = "\xc6\xfc";  // one character of this set
+  Settings record;
+  settings_defaults(&record);
+  record.flags = (record.flags & ~static_cast<uint32_t>(SET_ENC_MASK)) | SET_ENC_ALTERNATE;
+  Settings* const before = std::exchange(gConfig, &record);
+  fname_set_translation("EUC-JP");
+  for (const char* place : {"", "to/"}) write_file(dir / (place + name), place);
+  FopRun run{FOP_COPY, dir.path(), {name}, dir / "to", 0, {1}};
+  fop_run(&run);
+  fname_set_translation("");
+  gConfig = before;
+  ASSERT_EQ(run.asked.size(), 1U);
+  EXPECT_NE(run.asked[0].find("/to/\xe6\x97\xa5' file exists"), std::string::npos) << run.asked[0];
 }
