@@ -65,9 +65,9 @@ std::string keep_script(const std::string& text) {
 // Starts a shell with the command line: program and its arguments, "/bin/sh" the last of them. A command line
 // that is too long for an argument, as that of many names, goes over a script that takes itself away first.
 int run_shell_line(int input_group, const std::string& program, std::vector<std::string> arguments,
-                   const std::string& line, const char* afterwards) {
+                   const std::string& line) {
   std::string script;
-  if (line.size() > kLongestArgument) script = keep_script("rm -f -- \"$0\"\n" + line + "\n\n" + afterwards);
+  if (line.size() > kLongestArgument) script = keep_script("rm -f -- \"$0\"\n" + line + "\n");
   if (script.empty())
     arguments.insert(arguments.end(), {"-c", line});
   else
@@ -76,10 +76,6 @@ int run_shell_line(int input_group, const std::string& program, std::vector<std:
   if (result != 0 && !script.empty()) unlink(script.c_str());
   return result;
 }
-
-// Even a program's arguments together have a bound: its message must not go with the window.
-constexpr char kWaitIfNotRun[] =
-    "[ $? -ne 126 ] || { printf '[Enter closes the window] '; read -r answer; }\n";
 
 bool current_is_directory() {
   return gDir.current >= 0 && gDir.current < gDir.count &&
@@ -106,9 +102,9 @@ int misc_run(int input_group, int keep_open, const char* command) {
   if (!*command) return -1;
   setenv("VRIG", std::to_string(input_group).c_str(), 1);
   if (begins_with_word(command, "conwin"))
-    return run_shell_line(input_group, "/bin/sh", {}, "exec " + std::string(command) + " &", "");
-  return run_shell_line(input_group, host_companion("conwin"), {keep_open ? "-zU" : "-U", "/bin/sh"}, command,
-                        keep_open ? "" : kWaitIfNotRun);
+    return run_shell_line(input_group, "/bin/sh", {}, "exec " + std::string(command) + " &");
+  return run_shell_line(input_group, host_companion("conwin"), {keep_open ? "-zU" : "-U", "/bin/sh"},
+                        command);
 }
 
 int misc_spawn(int, const std::string& program, const std::vector<std::string>& arguments) {

@@ -48,11 +48,9 @@ TEST_F(Companions, EachTerminalGetsTheCommandItsOwnWay) {
   for (const auto& row : rows) {
     setenv("TERMINAL", row.terminal, 1);
     programs_.add(row.call[0]);
-    for (const char* option : {"-U", "-e", "-Ue"}) {
-      Call arguments{option};
-      arguments.insert(arguments.end(), command.begin(), command.end());
-      EXPECT_EQ(call_of("conwin", arguments), row.call) << row.terminal;
-    }
+    Call arguments{"-e"};
+    arguments.insert(arguments.end(), command.begin(), command.end());
+    EXPECT_EQ(call_of("conwin", arguments), row.call) << row.terminal;
     EXPECT_EQ(call_of("conwin", {}),
               Call(row.call.begin(), row.call.begin() + (row.call[1] == "-fa" ? 3 : 1)));
   }
@@ -82,6 +80,30 @@ TEST_F(Companions, KeepsTheWindowOpenWithTheCommandUntouched) {
   }
   EXPECT_FALSE(path_exists("canary"));
   EXPECT_EQ(run("conwin", {"-x"}), 2);
+}
+
+TEST_F(Companions, AFailedCommandCanBeReadBeforeItsWindowGoes) {
+  programs_.add_running_terminal();
+  const struct {
+    std::string then;
+    bool stays;
+  } rows[] = {{"exit 0", false},   {"exit 1", true},        {"exit 12", true},
+              {"exit 99", true},   {"exit 127", true},      {"exit 128", false},
+              {"exit 200", false}, {"kill -INT $$", false}, {"kill -TERM $$", false}};
+  for (const auto& row : rows) {
+    programs_.add("tool", row.then);
+    std::string output;
+    for (const char* option : {"-U", "-Ue"}) {
+      run("conwin", {option, "tool"}, &output);
+      EXPECT_EQ(output.find("ended with status") != std::string::npos, row.stays) << row.then << output;
+    }
+    run("conwin", {"-e", "tool"}, &output);
+    EXPECT_EQ(output.find("ended with status"), std::string::npos) << row.then;
+  }
+  std::string output;
+  run("conwin", {"-U", "/bin/sh", "-c", "no-such-printer 'a b'"}, &output);
+  EXPECT_NE(output.find("not found"), std::string::npos);
+  EXPECT_NE(output.find("Enter closes"), std::string::npos);
 }
 
 TEST_F(Companions, TheEditorIsTheUsersOwn) {
