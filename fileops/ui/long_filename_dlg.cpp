@@ -98,7 +98,7 @@ void LongFilenameDialog::answer() {
 bool desk_long_name(const std::string& old_name, std::string* new_name) {
   auto chosen = std::make_shared<std::string>();
   const QString shown = QString::fromStdString(old_name), proposal = QString::fromStdString(*new_name);
-  const auto open = [shown, proposal, chosen](std::function<void(int)> answered) {
+  const auto open = [shown, proposal, chosen](const std::function<void(int)>& answered) {
     auto* dialog = new LongFilenameDialog(shown, proposal, [chosen, answered](const QString* newfile) {
       if (newfile != nullptr) *chosen = newfile->toStdString();
       answered(newfile != nullptr ? sRename : sSkip);
