@@ -44,7 +44,14 @@ class TargetFrame : public QRubberBand {
   explicit TargetFrame(QWidget* parent) : QRubberBand(QRubberBand::Rectangle, parent) {}
   void frame(const QRect& row) {
     setGeometry(row);
+    clearMask();
     setVisible(!row.isEmpty());
+  }
+  // An outline only: rows are not what it is about.
+  void outline(const QRect& whole) {
+    constexpr int kThick = 3;
+    frame(whole);
+    setMask(QRegion(rect()) - QRegion(rect().adjusted(kThick, kThick, -kThick, -kThick)));
   }
 };
 
@@ -104,7 +111,10 @@ class DropTarget : public QObject {
     pointer_ = event->position().toPoint();
     const QModelIndex index = index_at(pointer_);
     const bool valid = is_target(entry_at(index), known_);
-    frame_->frame(!valid ? QRect() : index.isValid() ? row_rect(index) : list_->viewport()->rect());
+    if (valid && !index.isValid())
+      frame_->outline(list_->viewport()->rect());
+    else
+      frame_->frame(valid ? row_rect(index) : QRect());
     event->setDropAction(dragged_to_code(*event) == FOP_COPY ? Qt::CopyAction : Qt::MoveAction);
     if (valid)
       event->accept();
