@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 
+#include <filesystem>
 #include <memory>
 
 #include "dirmodel/fs_probe.h"
@@ -18,16 +19,21 @@ static bool directory_opens(const std::string& path) {
   return ended && *opened;
 }
 
+// What is typed without a leading slash is meant from the directory shown. Kept as it is, it would name
+// another place after every change of directory.
+static std::string seen_from(const std::string& current, const std::string& path) {
+  if (path.empty() || path[0] == '/' || current.empty()) return path;
+  std::string whole = (std::filesystem::path(current) / path).lexically_normal().native();
+  es_strip_pathname(&whole);
+  return whole;
+}
+
 std::string x_check_path(const char* text, const std::string& current, std::string* message) {
   message->clear();
   std::string path = text ? text : "";
   es_strip_pathname(&path);
   const std::string shown = fname_decode(path.c_str());
-  // Shown under a relative path, a directory could not be read again from within.
-  if (!path.empty() && path[0] != '/' && !current.empty()) {
-    path = es_construct_fullpath(current.c_str(), path.c_str());
-    es_strip_pathname(&path);
-  }
+  path = seen_from(current, path);
   if (path == current) return {};
   const int links = fs_path_is_directory(path.c_str());
   if (links < 0)

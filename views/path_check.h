@@ -3,6 +3,6 @@
 
 #include <string>
 
-// The cleaned path; empty when it cannot be shown, with the message for the error box in *message. Empty
-// without a message when it is current, the path shown now. Bounded.
+// The cleaned path, a relative one seen from current; empty when it cannot be shown, with the message for the
+// error box in *message. Empty without a message when it is current, the path shown now. Bounded.
 std::string x_check_path(const char* text, const std::string& current, std::string* message);

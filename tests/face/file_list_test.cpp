@@ -125,6 +125,23 @@ TEST_F(FileList, MouseAndKeysSelectWhatTheySay) {
   EXPECT_EQ(status(1), "");
 }
 
+TEST_F(FileList, ShiftStretchesFromWhereTheListStandsNow) {
+  make({"sub/", "sub/a", "sub/b", "sub/c", "sub/d", "y", "z"});
+  open(dir.path());
+  click(index_of("z"));  // the fourth row
+  fl_newpath((dir / "sub").c_str());
+  key(Qt::Key_Down, Qt::ShiftModifier);
+  EXPECT_EQ(selected_names(), "a") << "from the row of the parent directory";
+  fl_goto_index(index_of("c"));
+  key(Qt::Key_Down, Qt::ShiftModifier);
+  EXPECT_EQ(selected_names(), "c d");
+  click(index_of("a"));
+  fl_sort_cb(0);
+  ASSERT_EQ(index_of("a"), 3);
+  click(index_of("b"), Qt::ShiftModifier);
+  EXPECT_EQ(selected_names(), "b a") << "it went with its entry";
+}
+
 TEST_F(FileList, CountsHoldAfterAnySequenceOfCommands) {
   for (int i = 0; i < 40; ++i) {
     const std::string name = "entry" + std::to_string(i);

@@ -87,6 +87,28 @@ TEST_F(Navigation, RefusesWhatItCannotShowAndSaysWhy) {
   }
 }
 
+TEST_F(Navigation, ARelativePathIsMeantFromTheDirectoryShown) {
+  const std::string sub = make_dir("sub");
+  make_dir("sub/deep");
+  open(dir.path());
+  const struct {
+    const char* typed;
+    std::string path, message;
+  } rows[] = {
+      {"sub", sub, ""},
+      {"./deep//", sub + "/deep", ""},
+      {".", sub + "/deep", ""},
+      {"../../sub", sub, ""},
+      {"none", sub, "Directory 'none', not found"},
+      {"..", dir.path(), ""},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(message_of([&] { go(row.typed); }), row.message) << row.typed;
+    EXPECT_EQ(gDir.path, row.path) << row.typed;
+    EXPECT_EQ(fl_refresh(), 0) << row.typed << ": it is still there when it is read again";
+  }
+}
+
 TEST_F(Navigation, UpMakesTheLeftDirectoryCurrent) {
   const std::string sub = make_dir("b sub");
   make_dir("a");

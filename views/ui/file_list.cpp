@@ -68,6 +68,7 @@ void point_at(int i) {
   if (row < 0) return;
   const QModelIndex index = sModel->index(row, 0);
   sView->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+  sView->set_anchor(row);
   sView->scrollTo(index);
   const int entry = sModel->entry_of(row);
   sParentSelected = entry == -1;
@@ -152,6 +153,7 @@ void fl_update() {
   const int row = sModel->row_of(gDir.current);
   if (row >= 0)
     sView->selectionModel()->setCurrentIndex(sModel->index(row, 0), QItemSelectionModel::NoUpdate);
+  sView->set_anchor(std::max(row, 0));  // the rows are others now
   sView->doItemsLayout();
   sView->verticalScrollBar()->setValue(top);
   sView->selection_changed();
@@ -275,7 +277,7 @@ void fl_goto_index(int i) {
   clear_selection();
   if (i == -1) point_at(-1);
   if (i != gDir.current) {
-    if (i >= gDir.count && i > 0) {
+    if (i >= gDir.count) {
       if (entry_exists(gDir.current)) gDir.entries[gDir.current]->flags &= ~ENTRY_CURRENT;
       selection_done();
       return;

@@ -12,6 +12,8 @@ class FileListView : public QTreeView {
 
   // The selection or the cut set changed: drawn anew, and told to assistive technology before that.
   void selection_changed();
+  // The row from which shift stretches, when not the user but a command went there.
+  void set_anchor(int row) { anchor_ = row; }
   void scrollContentsBy(int dx, int dy) override;
 
  protected:
