@@ -19,9 +19,7 @@ static bool directory_opens(const std::string& path) {
   return ended && *opened;
 }
 
-// What is typed without a leading slash is meant from the directory shown. Kept as it is, it would name
-// another place after every change of directory.
-static std::string seen_from(const std::string& current, const std::string& path) {
+std::string path_seen_from(const std::string& current, const std::string& path) {
   if (path.empty() || path[0] == '/' || current.empty()) return path;
   std::string whole = (std::filesystem::path(current) / path).lexically_normal().native();
   es_strip_pathname(&whole);
@@ -33,7 +31,7 @@ std::string x_check_path(const char* text, const std::string& current, std::stri
   std::string path = text ? text : "";
   es_strip_pathname(&path);
   const std::string shown = fname_decode(path.c_str());
-  path = seen_from(current, path);
+  path = path_seen_from(current, path);
   if (path == current) return {};
   const int links = fs_path_is_directory(path.c_str());
   if (links < 0)

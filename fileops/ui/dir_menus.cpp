@@ -16,6 +16,7 @@
 #include "ui_input_dest.h"
 #include "views/fname.h"
 #include "views/hotlist.h"
+#include "views/path_check.h"
 #include "views/ui/base.h"
 #include "views/ui/path_bar.h"
 
@@ -92,7 +93,7 @@ void transfer_typed(int kind, const TransferList& list) {
       input_dest(kind == FOP_COPY ? QStringLiteral("Copy to") : QStringLiteral("Move to"));
   if (text.empty()) return;
   if (const char* encoded = fname_encode(text.c_str()))
-    _file_op(kind, list, encoded);
+    _file_op(kind, list, path_seen_from(list.dir, encoded));
   else
     wreport(base_window(), "Error", "Unable to translate '%s' into '%s' encoding.", text.c_str(),
             gConfig->encoding);
