@@ -29,14 +29,6 @@ const struct {
     {"link", dir_cmp_link},
 };
 
-int list_usage() {
-  std::fputs(
-      "usage: zan-op list [--sort name|size|date|user|group|permissions|link] [--descending]\n"
-      "                   [--folders-first] [--hide-dot] [--filter SPEC] [-0] DIR\n",
-      stderr);
-  return 2;
-}
-
 bool choose_sort(const char* name, ListOptions* options) {
   for (const auto& order : kSortOrders)
     if (std::strcmp(order.name, name) == 0) {
@@ -81,9 +73,14 @@ bool parse_list_options(int argc, char** argv, ListOptions* options) {
 }
 }  // namespace
 
+const char* op_list_help() {
+  return "usage: zan-op list [--sort name|size|date|user|group|permissions|link] [--descending]\n"
+         "                   [--folders-first] [--hide-dot] [--filter PATTERN] [-0] DIR\n";
+}
+
 int op_list(int argc, char** argv) {
   ListOptions options;
-  if (!parse_list_options(argc, argv, &options)) return list_usage();
+  if (!parse_list_options(argc, argv, &options)) return std::fputs(op_list_help(), stderr), 2;
   setlocale(LC_ALL, "");
   terminal_start();
   gConfig->cdirs = options.folders_first;

@@ -179,6 +179,10 @@ int operate(const OperateOptions& options, const Settings& settings) {
 }
 }  // namespace
 
+const char* op_operate_help() {
+  return kUsage;
+}
+
 int op_operate(int argc, char** argv) {
   OperateOptions options;
   static Settings sSettings;
@@ -186,7 +190,7 @@ int op_operate(int argc, char** argv) {
   if (operate_parse(argc, argv, &options, &error) && !load_settings(options.settings, &sSettings))
     error = "cannot read " + options.settings;
   if (!error.empty()) {
-    std::fprintf(stderr, "zan-op: %s\n%s", error.c_str(), kUsage);
+    std::fprintf(stderr, "zan-op: %s\n%s", error.c_str(), op_operate_help());
     return 2;
   }
   gConfig = &sSettings;

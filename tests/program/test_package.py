@@ -3,6 +3,7 @@
 without a trace."""
 import glob
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -48,6 +49,19 @@ def installs_what_a_desktop_needs(desk):
         warnings = said("man", "--warnings", "-E", "UTF-8", "-l", "-Tutf8", "-Z",
                         os.path.join(root, "usr/share/man/man1", page), env=dict(os.environ, MANWIDTH="80"))
         assert "warning" not in warnings, warnings
+
+
+def tells_of_the_same_options_in_help_and_manual(desk):
+    option = re.compile(r"(?<![\w-])(?:--[a-z]+(?:-[a-z]+)*|-[A-Za-z0])")
+    for program in ("zan", "zan-op"):
+        shown = said(os.path.join(desk.bin, program), "--help", env=desk.env)
+        page = os.path.join(staged(desk), "usr/share/man/man1", program + ".1")
+        manual = said("man", "-E", "ascii", "-l", "-Tascii", page, env=dict(os.environ, MANWIDTH="200", GROFF_NO_SGR="1"))
+        manual = re.sub(".\b", "", manual)
+        everywhere = {"--help", "--version"}
+        assert set(option.findall(shown)) | everywhere == set(option.findall(manual)) | everywhere, (
+            program, set(option.findall(shown)) ^ set(option.findall(manual)))
+        assert said(os.path.join(desk.bin, program), "--version", env=desk.env).startswith(program + " ")
 
 
 def starts_below(desk, root):
@@ -121,5 +135,5 @@ def makes_a_debian_package(desk):
     assert not left and not os.path.exists(os.path.join(root, "usr")), left
 
 
-sys.exit(run([installs_what_a_desktop_needs, starts_from_there_and_finds_its_companions, leaves_no_trace,
-              makes_a_debian_package]))
+sys.exit(run([installs_what_a_desktop_needs, tells_of_the_same_options_in_help_and_manual,
+              starts_from_there_and_finds_its_companions, leaves_no_trace, makes_a_debian_package]))
