@@ -82,13 +82,13 @@ void complete_directory(QLineEdit* line) {
 }
 
 // Escape twice within two seconds completes the path. A second one that comes too late begins no new pair.
+// It looks at the box, not at its line: the box has the focus and hands keys on without the line's filters.
 class PathKeys : public QObject {
  public:
   using QObject::QObject;
 
  protected:
   bool eventFilter(QObject* object, QEvent* event) override {
-    auto* line = static_cast<QLineEdit*>(object);
     if (event->type() == QEvent::ShortcutOverride &&
         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
       event->accept();
@@ -107,7 +107,7 @@ class PathKeys : public QObject {
       return true;
     }
     escapes_ = 0;
-    if (first_.elapsed() <= kEscapePairMs) complete_directory(line);
+    if (first_.elapsed() <= kEscapePairMs) complete_directory(static_cast<QComboBox*>(object)->lineEdit());
     return true;
   }
 
@@ -160,7 +160,7 @@ void path_bar_setup(QComboBox* curpath, QComboBox* filespec) {
   setup_combo(sPath);
   setup_combo(sFilter);
   QLineEdit* line = sPath->lineEdit();
-  line->installEventFilter(new PathKeys(line));
+  sPath->installEventFilter(new PathKeys(sPath));
   QObject::connect(line, &QLineEdit::returnPressed, line, [] { tb_curpath_cb(sPath->currentText()); });
   QObject::connect(line, &QLineEdit::textEdited, line, tb_curpath_notify);
   const auto keep = [line] { sPathKept = line->text().size() - line->selectedText().size(); };
