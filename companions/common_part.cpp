@@ -171,8 +171,9 @@ void companion_detach() {
 
 void companion_fail(const std::string& message) {
   std::fprintf(stderr, "%s: %s\n", sName.c_str(), message.c_str());
-  if (companion_has_display() && fork() == 0) {
-    setsid();  // the window outlives the terminal
+  // A terminal shows it already: conwin keeps the window of a command that failed.
+  if (!isatty(STDERR_FILENO) && companion_has_display() && fork() == 0) {
+    setsid();
     show_in_window(sName + ": " + message);
     _exit(1);
   }

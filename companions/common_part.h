@@ -38,5 +38,6 @@ int companion_run(const Words& words);
 // Goes on in a process without terminal, while this one ends with status 0.
 void companion_detach();
 
-// Tells what is wrong on standard error and, where there is a display, in a window. Ends with status 1.
+// Tells what is wrong on standard error and, where that is no terminal but there is a display, in a window.
+// Ends with status 1.
 [[noreturn]] void companion_fail(const std::string& message);

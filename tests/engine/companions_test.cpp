@@ -239,6 +239,13 @@ TEST_F(Companions, SayWhatIsMissing) {
     EXPECT_EQ(run(row.name, {"--help"}, &output), 0);
     EXPECT_EQ(output.find("Usage: " + std::string(row.name)), 0u);
   }
+  // In a terminal it can be read there: no window comes to say it again.
+  programs_.clear();
+  std::string shown;
+  run_shell("/usr/bin/script -qec '" + host_companion("imgshow") + " a' /dev/null </dev/null", &shown);
+  EXPECT_NE(shown.find("imgshow: no image viewer found"), std::string::npos) << shown;
+  run("kored", {"a"});
+  EXPECT_EQ(programs_.calls_of("xmessage", 1)[0].back().find("kored"), 0u);
   unsetenv("DISPLAY");
   programs_.clear();
   for (const auto& row : rows) EXPECT_NE(run(row.name, row.arguments), 0) << row.name;
