@@ -23,6 +23,14 @@ std::string real_place(const std::string& path) {
   return place;
 }
 
+// A file that the user made read-only stays as it is, and so does what is no file at all: a history linked to
+// /dev/null must not put a file in the device's place.
+bool may_replace(const std::string& place) {
+  struct stat status;
+  if (stat(place.c_str(), &status) != 0) return true;
+  return S_ISREG(status.st_mode) && faccessat(AT_FDCWD, place.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
 bool write_whole(int fd, std::string_view text) {
   while (!text.empty()) {
     const ssize_t done = write(fd, text.data(), text.size());
@@ -57,6 +65,7 @@ bool load_file(const char* dir, const char* name, size_t max, std::string* text)
 int save_file(const char* dir, const char* name, std::string_view text) {
   if (!dir) return -1;
   const std::string place = real_place(es_construct_fullpath(dir, name));
+  if (!may_replace(place)) return -1;
   std::string temporary = place + ".XXXXXX";
   const int fd = mkostemp(temporary.data(), O_CLOEXEC);
   if (fd < 0) return -1;

@@ -107,6 +107,34 @@ TEST(Settings, ASaveKeepsASymbolicLinkAndRefusesANullDirectory) {
   EXPECT_FALSE(path_exists(dir / "elsewhere"));
 }
 
+TEST(Settings, ASaveLeavesWhatIsNoFileOrReadOnly) {
+  TempDir dir;
+  Settings record;
+  settings_defaults(&record);
+  mkfifo((dir / "device").c_str(), 0666);
+  symlink("device", (dir / "linked").c_str());
+  mkdir((dir / "folder").c_str(), 0777);
+  for (const char* name : {"device", "linked", "folder"})
+    EXPECT_EQ(init_save_config(&record, dir.path().c_str(), name), -1) << name;
+  struct stat status;
+  ASSERT_EQ(stat((dir / "device").c_str(), &status), 0);
+  EXPECT_TRUE(S_ISFIFO(status.st_mode));
+  write_file(dir / "kept", "old", 0444);
+  if (geteuid() == 0) {
+    ASSERT_EQ(chmod(dir.path().c_str(), 0777), 0);
+    ASSERT_EQ(chown((dir / "kept").c_str(), 65534, 65534), 0);
+    ASSERT_EQ(seteuid(65534), 0);
+  }
+  EXPECT_EQ(init_save_config(&record, dir.path().c_str(), "kept"), -1);
+  if (getuid() == 0) {
+    ASSERT_EQ(seteuid(0), 0);
+  }
+  EXPECT_EQ(read_file(dir / "kept"), "old");
+  std::string names;
+  run_shell("ls '" + dir.path() + "'", &names);
+  EXPECT_EQ(names, "device\nfolder\nkept\nlinked\n");
+}
+
 TEST(Settings, DamagedFilesOfAnyKindAreTakenInSilence) {
   TempDir dir;
   Settings record;
