@@ -57,6 +57,13 @@ TEST(Hotlist, SavesOnePathALineAndLeavesTheOldFileWhenItCannotWrite) {
 
   EXPECT_EQ(tree_save((dir / "missing").c_str(), "hotlist.001"), -1);
   EXPECT_EQ(tree_save(nullptr, "hotlist.001"), -1);
+  // One that is kept elsewhere, behind a link, stays there.
+  ASSERT_EQ(symlink("hotlist.001", (dir / "link").c_str()), 0);
+  gTree.paths = {"/"};
+  EXPECT_EQ(tree_save(dir.path().c_str(), "link"), 0);
+  EXPECT_EQ(read_file(dir / "hotlist.001"), "/\n");
+  ASSERT_EQ(unlink((dir / "link").c_str()), 0) << "still a link";
+  EXPECT_TRUE(path_exists(dir / "hotlist.001"));
   // A directory in its place cannot be renamed over; nothing half-written stays.
   ASSERT_EQ(mkdir((dir / "taken").c_str(), 0700), 0);
   write_file(dir / "taken/x", "");
