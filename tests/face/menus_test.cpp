@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QLineEdit>
 #include <QTextBrowser>
+#include <map>
 
 #include "commands/ui/menu_table.h"
 #include "core/keybind.h"
@@ -114,6 +115,27 @@ TEST(Menus, TextFieldsKeepTheKeysThatEditText) {
     EXPECT_EQ(window.selected(), "a b ");
     EXPECT_EQ(gDir.path, window.path());
   }
+}
+
+TEST(Menus, NoMnemonicInTheWindowTakesTheKeyOfAnItemOrOfAnother) {
+  ShownWindow window;
+  std::map<QString, QString> owner;  // of a key, which no two may share
+  const auto claim = [&owner](const QKeySequence& keys, const QString& who) {
+    if (keys.isEmpty()) return;
+    EXPECT_TRUE(owner.emplace(keys.toString(), who).second)
+        << keys.toString().toStdString() << ": " << who.toStdString() << " and "
+        << owner[keys.toString()].toStdString();
+  };
+  for (const MenuTitle& title : kMenuBar) {
+    const QString shown = window.menu(title.id)->title();
+    claim(QKeySequence::mnemonic(shown), shown);
+  }
+  for (const MenuEntry& entry : kMenuTable)
+    if (const QAction* item = menu_item(entry.id))
+      for (const QKeySequence& keys : item->shortcuts()) claim(keys, item->text());
+  for (const QLabel* label : base_window()->findChildren<QLabel*>())
+    if (label->buddy()) claim(QKeySequence::mnemonic(label->text()), label->text());
+  EXPECT_TRUE(owner.count(QStringLiteral("Alt+V"))) << "the View command's key";
 }
 
 TEST(Menus, KeysWithoutModifiersBelongToTheList) {

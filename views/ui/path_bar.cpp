@@ -97,8 +97,7 @@ class PathKeys : public QObject {
     if (event->type() != QEvent::KeyPress) return false;
     auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() != Qt::Key_Escape || key->modifiers()) {
-      if (!key->text().isEmpty() || key->key() < Qt::Key_Shift || key->key() > Qt::Key_ScrollLock)
-        escapes_ = 0;
+      escapes_ = 0;
       return false;
     }
     if (key->isAutoRepeat()) return true;
