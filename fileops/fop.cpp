@@ -192,6 +192,20 @@ static void show_done(fop_request* request) {
   if (request->info.linger_ms > 0) usleep(request->info.linger_ms * 1000);
 }
 
+// To tell of missing memory takes some: the list's, which nothing needs any more.
+static void end_without_memory(fop_request* request) {
+  alloc_free(request->mem);
+  request->mem = nullptr;
+  request->groups = nullptr;
+  request->ngroups = 0;
+  request->dest = request->buf = nullptr;
+  try {
+    fop_ENOMEM();
+  } catch (const std::bad_alloc&) {
+    std::fputs("Out of memory!\n", stderr);
+  }
+}
+
 static void* fop_thread(void* argument) {
   auto* request = static_cast<fop_request*>(argument);
   request->tid = pthread_self();
@@ -200,7 +214,7 @@ static void* fop_thread(void* argument) {
   try {
     result = run_operation(request, &shown);
   } catch (const std::bad_alloc&) {
-    fop_ENOMEM();
+    end_without_memory(request);
   }
   fop_tell_done(request);
   fop_control& control = *request->control;

@@ -287,6 +287,28 @@ def test_a_signal_ends_an_open_question():
         assert os.listdir(path("to")) == ["f"] and open(path("to/f"), "rb").read() == old
 
 
+def test_no_memory_for_the_list():
+    fresh()
+    fill("from/f", 9)
+    limited = lambda name, size: subprocess.run(
+        ["prlimit", f"--as={size}", OP, "copy", "--from", path("from"), name, "--to", path("to"), "--json"],
+        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    enough = next((size for size in range(4 << 20, 128 << 20, 1 << 18)
+                   if shutil.which("prlimit") and limited("f", size).returncode == 0), None)
+    if enough is None:
+        raise Skip("no limit on the memory of a process here")
+    os.mkdir(path("from/d"))
+    for number in range(40000):
+        os.close(os.open(path("from/d", f"{number:0200}"), os.O_CREAT | os.O_WRONLY))
+    for more in range(0, 3 << 20, 1 << 18):
+        done = limited("d", enough + more)
+        assert done.returncode == 1, (more, done.returncode, done.stderr)
+        last = [json.loads(line) for line in done.stdout.splitlines()][-3:]
+        assert ("Memory Allocation", "Out of memory!") in [(e.get("title"), e.get("message")) for e in last], last
+        assert last[-1]["event"] == "end" and last[-1]["aborted"]
+    assert os.listdir(path("to")) == ["f"]
+
+
 def test_usage():
     fresh()
     fill("from/f", 1)
