@@ -4,8 +4,10 @@
 
 #include "op/list.h"
 #include "op/operate.h"
+#include "platform/host.h"
 
 int main(int argc, char** argv) {
+  host_fill_standard_descriptors();
   const char* command = argc > 1 ? argv[1] : "";
   const auto is = [command](const char* name) { return std::strcmp(command, name) == 0; };
   if (is("list")) return op_list(argc - 1, argv + 1);

@@ -24,6 +24,10 @@ int spawnvpe(const std::string& program, const std::vector<std::string>& argv);
 // False when it prints nothing within timeout_ms; the command is then ended.
 bool host_first_line(const std::string& command, size_t limit, int timeout_ms, std::string* line);
 
+// Opens /dev/null for each of the first three descriptors that is closed. First of all in a program: else a
+// file that it copies to, or its display connection, would take the place of its messages.
+void host_fill_standard_descriptors();
+
 // A link held by the path manager only. This platform has none: -1 with ENOSYS.
 int pathmgr_symlink(const char* target, const char* path);
 

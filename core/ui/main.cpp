@@ -7,6 +7,7 @@
 #include "core/toolkit/icons.h"
 #include "core/ui/signals.h"
 #include "core/ui/startup.h"
+#include "platform/host.h"
 
 // A display that cannot be reached is a plain failure, not a crash with a core file. What the toolkit merely
 // warns of is told only then, or to who asks for its messages.
@@ -22,6 +23,7 @@ static void report_fatal(QtMsgType type, const QMessageLogContext&, const QStrin
 }
 
 int main(int argc, char** argv) {
+  host_fill_standard_descriptors();
   setpgid(0, 0);  // what it starts can be signalled together with it
   const CommandLine line = command_line_parse(argc, argv);
   if (line.bad) {

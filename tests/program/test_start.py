@@ -106,6 +106,23 @@ def settings_directory_messages(desk):
     assert app.errors() in ("", create.format("/.vr/zan")), app.errors()
 
 
+def without_standard_descriptors(desk):
+    """Its messages must not go into what took the closed descriptors' place."""
+    bare = os.path.join(desk.root, "bare")
+    os.makedirs(bare)
+    app = desk.start("-c", f"exec '{desk.zan}' '{desk.work}' <&- >&- 2>&-", program="/bin/sh", env={"HOME": bare})
+    shows(app, desk.work)
+    for number in range(3):
+        assert os.readlink(f"/proc/{app.pid}/fd/{number}") == "/dev/null", number
+    end(app)
+    desk.make("to/")
+    desk.make("file", b"x" * 3000000)
+    command = f"exec '{desk.zan}-op' copy --from . --to to file <&- >&- 2>&-"
+    assert subprocess.run(["/bin/sh", "-c", command], cwd=desk.work, check=False).returncode == 0
+    with open(os.path.join(desk.work, "to", "file"), "rb") as copy:
+        assert copy.read() == b"x" * 3000000
+
+
 def start_directory_that_vanishes(desk):
     gone = desk.make("gone/")
     app = desk.start(gone)
@@ -119,4 +136,4 @@ def start_directory_that_vanishes(desk):
 
 if __name__ == "__main__":
     sys.exit(run([start_directory, answers_without_a_window, geometry_and_state, display_of_the_command_line,
-                  settings_directory_messages, start_directory_that_vanishes]))
+                  settings_directory_messages, without_standard_descriptors, start_directory_that_vanishes]))
