@@ -125,6 +125,37 @@ TEST_F(FileList, MouseAndKeysSelectWhatTheySay) {
   EXPECT_EQ(status(1), "");
 }
 
+TEST_F(FileList, ABandTakesTheRowsThatItCoversAndNoMore) {
+  make({"a/", "b", "c", "d/", "e"});
+  open(dir.path());
+  const QPoint below(20, place_of(index_of("e")).y() + 40);
+  const struct {
+    Qt::KeyboardModifiers modifiers;
+    std::vector<const char*> over;  // one after the other; "": below the rows again
+    const char* selected;
+  } rows[] = {
+      {{}, {"d"}, "d e"},
+      {{}, {"b", "d"}, "d e"},
+      {{}, {"b", ""}, ""},
+      {Qt::ControlModifier, {"d"}, "b d e"},
+      {Qt::ControlModifier, {"a", "e"}, "b e"},
+      {Qt::ShiftModifier, {"a", ""}, "b"},
+  };
+  for (const auto& row : rows) {
+    click(index_of("b"));
+    QTest::mousePress(ground(), Qt::LeftButton, row.modifiers, below);
+    for (const std::string name : row.over) {
+      const QPoint to = name.empty() ? below + QPoint(30, 0) : place_of(index_of(name));
+      QMouseEvent move(QEvent::MouseMove, to, ground()->mapToGlobal(to), Qt::NoButton, Qt::LeftButton,
+                       row.modifiers);
+      QApplication::sendEvent(ground(), &move);
+      expect_consistent(name);
+    }
+    QTest::mouseRelease(ground(), Qt::LeftButton, row.modifiers, below);
+    EXPECT_EQ(selected_names(), row.selected) << row.over.front();
+  }
+}
+
 TEST_F(FileList, ShiftStretchesFromWhereTheListStandsNow) {
   make({"sub/", "sub/a", "sub/b", "sub/c", "sub/d", "y", "z"});
   open(dir.path());

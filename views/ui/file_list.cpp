@@ -245,6 +245,20 @@ void fl_choose_rows(int from, int to, FlChoice choice, int current_row) {
   selection_done();
 }
 
+void fl_choose_band(int from, const std::vector<bool>& kept, int current_row) {
+  clear_selection();
+  for (int row = 0; row < sModel->rows(); ++row) {
+    if (row < from && (size_t(row) >= kept.size() || !kept[size_t(row)])) continue;
+    const int i = sModel->entry_of(row);
+    if (i == -1) sParentSelected = true;
+    if (entry_exists(i)) set_selected(*gDir.entries[i], true);
+  }
+  fl_timer_disable();
+  const int current = sModel->entry_of(current_row);
+  if (current >= -1) fl_set_current(current);
+  selection_done();
+}
+
 void fl_choose_none() {
   fl_timer_disable();
   fl_unselect_all();

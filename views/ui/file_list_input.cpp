@@ -221,8 +221,9 @@ void FileListView::keyPressEvent(QKeyEvent* event) {
 void FileListView::press_select_button(int row, Qt::KeyboardModifiers modifiers) {
   choose_on_release_ = false;
   if (row < 0) {
-    band_keeps_ = modifiers & (Qt::ShiftModifier | Qt::ControlModifier);
-    if (!band_keeps_) fl_choose_none();
+    band_keeps_.clear();
+    if (!(modifiers & (Qt::ShiftModifier | Qt::ControlModifier))) return fl_choose_none();
+    for (int i = 0; i < fl_model()->rows(); ++i) band_keeps_.push_back(fl_row_selected(i));
     return;
   }
   selectionModel()->setCurrentIndex(model()->index(row, 0), QItemSelectionModel::NoUpdate);
@@ -264,10 +265,7 @@ void FileListView::stretch_band(const QPoint& place) {
   band_end_ = place;
   const int rows = fl_model()->rows();
   const int row = row_at(QPoint(1, std::clamp(place.y(), 0, viewport()->height() - 1)));
-  if (row >= 0)
-    fl_choose_rows(row, rows - 1, band_keeps_ ? FL_CHOOSE_ADD : FL_CHOOSE_ONLY, row);
-  else if (!band_keeps_)
-    fl_choose_none();
+  fl_choose_band(row >= 0 ? row : rows, band_keeps_, row);
   viewport()->update();
 }
 

@@ -1,6 +1,8 @@
 // What the files of the file list share among themselves.
 #pragma once
 
+#include <vector>
+
 #include "views/ui/file_list.h"
 #include "views/ui/file_list_model.h"
 #include "views/ui/file_list_view.h"
@@ -22,6 +24,8 @@ enum FlChoice {
 };
 // The user's choice of rows (from and to in any order), as one change. row becomes current.
 void fl_choose_rows(int from, int to, FlChoice choice, int current_row);
+// The user's choice by a band: exactly the rows from from to the last, and those that kept tells by row.
+void fl_choose_band(int from, const std::vector<bool>& kept, int current_row);
 // The user's choice of no row.
 void fl_choose_none();
 // The menu button on a row (-1: on none).

@@ -5,6 +5,7 @@
 #include <QBasicTimer>
 #include <QPersistentModelIndex>
 #include <QTreeView>
+#include <vector>
 
 class FileListView : public QTreeView {
  public:
@@ -43,7 +44,8 @@ class FileListView : public QTreeView {
   int pressed_row_ = -1;            // -1: none; the select button is held
   bool choose_on_release_ = false;  // a press on a selected row may begin a drag; if not, it chooses that row
   QPoint pressed_place_;            // in contents coordinates
-  bool band_ = false, band_keeps_ = false;
+  bool band_ = false;
+  std::vector<bool> band_keeps_;  // by row: selected before the band, and staying so
   QPoint band_end_;
   QBasicTimer scroll_timer_;
 };
