@@ -58,7 +58,10 @@ bool is_wanted(const std::string& proc, const std::string& name) {
     if (line.rfind("State:\t", 0) == 0) ended = line[7] == 'Z' || line[7] == 'X';
     if (line.rfind("Uid:\t", 0) == 0) own = std::strtoul(line.c_str() + 5, nullptr, 10) == getuid();
   }
-  return own && !ended && (program_of(proc) == name || comm == name.substr(0, sCommLength));
+  if (!own || ended) return false;
+  // The process's own name may be a script's, or be cut: it counts only where the program is not to be seen.
+  const std::string program = program_of(proc);
+  return program.empty() ? comm == name.substr(0, sCommLength) : program == name;
 }
 
 struct Target {

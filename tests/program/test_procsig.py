@@ -68,6 +68,19 @@ def test_a_program_replaced_while_it_runs_is_still_found():
     check(ended_by(process) == signal.SIGTERM, "ended")
 
 
+def test_a_process_that_only_bears_the_name_is_left_alone():
+    same_start = start("zanprobe-long-name-of-another")
+    named = subprocess.Popen(["/bin/sh", "-c", "printf zanscript >/proc/$$/comm; read line"],
+                             stdin=subprocess.PIPE)
+    started.append(named)
+    while open(f"/proc/{named.pid}/comm", encoding="ascii").read() != "zanscript\n":
+        time.sleep(0.01)
+    for name in ("zanscript", "zanprobe-long-name-of-a-program"):
+        check(run("-f", name).returncode == 1, name)
+    check(same_start.poll() is None and named.poll() is None, "both go on")
+    named.kill()
+
+
 def test_processes_of_other_users_are_left_alone():
     if os.getuid() != 0:
         return
