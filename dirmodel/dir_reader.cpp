@@ -23,6 +23,7 @@
 #include <utility>
 
 #include "dirmodel/fs_probe.h"
+#include "dirmodel/hung_places.h"
 #include "dirmodel/id_names.h"
 #include "dirmodel/mount_table.h"
 #include "platform/desktop.h"
@@ -77,6 +78,7 @@ struct DirReader {
   bool wake_desktop = false;
   bool thread_alive = false;
   pthread_t thread{};
+  std::shared_ptr<HungNote> hung;  // the thread's own: filled when it is left behind
 
   // Of the thread whose turn it is.
   ReadStage stage = ReadStage::open;
@@ -340,7 +342,9 @@ bool read_on(DirReader& reader) {
   return true;
 }
 
-void reader_run(const std::shared_ptr<DirReader>& reader) {
+// hung is held for as long as the thread lives.
+void reader_run(const std::shared_ptr<DirReader>& reader, const std::shared_ptr<HungNote>& hung) {
+  static_cast<void>(hung);
   fs_worker_signals();
   const bool private_cwd = unshare(CLONE_FS) == 0;
   if (reader->stage == ReadStage::open && !open_stage(*reader, private_cwd)) return;
@@ -357,7 +361,8 @@ void reader_run(const std::shared_ptr<DirReader>& reader) {
 bool start_thread(const std::shared_ptr<DirReader>& reader) {
   try {
     std::lock_guard lock(reader->mutex);
-    std::thread thread(reader_run, reader);
+    reader->hung = std::make_shared<HungNote>();
+    std::thread thread(reader_run, reader, reader->hung);
     reader->thread = thread.native_handle();
     reader->thread_alive = true;
     thread.detach();
@@ -367,9 +372,21 @@ bool start_thread(const std::shared_ptr<DirReader>& reader) {
   }
 }
 
+// The thread hangs in a call: nobody signals it any more, and its file system is known for it.
+void leave_behind(DirReader& reader) {
+  HungNote note =
+      hung_note(reader.stage == ReadStage::target
+                    ? reader.slow.path_of(reader.batch->text.data() + reader.batch->items[reader.next].link)
+                    : reader.path);
+  std::lock_guard lock(reader.mutex);
+  reader.thread_alive = false;
+  *std::exchange(reader.hung, std::make_shared<HungNote>()) = std::move(note);
+}
+
 // Notes what the call that hangs would have found and starts a thread on what comes next.
 void go_on_without_thread(const std::shared_ptr<DirReader>& reader) {
   DirReader& r = *reader;
+  leave_behind(r);
   bool go_on = true;
   switch (r.stage) {
     case ReadStage::names:  // the names read so far are still dealt with
@@ -417,6 +434,7 @@ void watch_call(const std::shared_ptr<DirReader>& reader) {
 }  // namespace
 
 std::shared_ptr<DirReader> dir_reader_start(const std::string& path, bool hide_dot, int timeout_ms) {
+  if (hung_full(path)) return nullptr;
   auto reader = std::make_shared<DirReader>();
   reader->path = path;
   reader->hide_dot = hide_dot;
@@ -454,7 +472,14 @@ int dir_reader_enter_fd(const DirReader& reader) {
 
 void dir_reader_cancel(const std::shared_ptr<DirReader>& reader) {
   reader->cancelled = true;
+  const uint64_t call = reader->call.load(std::memory_order_acquire);
+  HungNote note = call & 1 ? hung_note(reader->path) : nullptr;
   std::lock_guard lock(reader->mutex);
+  if (reader->thread_alive && note) {  // as far as anyone can tell, it hangs
+    reader->alarmed = call;
+    pthread_kill(reader->thread, SIGALRM);
+    *reader->hung = std::move(note);
+  }
   reader->wake_desktop = false;
   reader->room.notify_all();
 }

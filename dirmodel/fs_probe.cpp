@@ -16,6 +16,7 @@
 #include <system_error>
 #include <thread>
 
+#include "dirmodel/hung_places.h"
 #include "dirmodel/text.h"
 #include "platform/desktop.h"
 #include "views/fname.h"
@@ -28,6 +29,8 @@ constexpr auto kQuietWait = std::chrono::milliseconds(20);
 // What a thread gets to come back after the alarm signal.
 constexpr auto kGrace = std::chrono::milliseconds(200);
 
+unsigned sLooksGivenUp = 0;  // of the interface thread
+
 struct Probe {
   std::function<void()> work;
   std::mutex mutex;  // the thread cannot end while it is held: its id stays good for a signal
@@ -35,7 +38,16 @@ struct Probe {
   bool done = false;
   bool wake_desktop = false;
   pthread_t thread{};
+  std::string path;  // what it only looks at; empty: it does something
+  unsigned begun = 0;
+  HungNote hung;  // once it was left behind
 };
+
+// Whether the interface thread waits for it no longer.
+bool given_up(const Probe& probe) {
+  if (!desk_on_interface_thread()) return false;
+  return desk_ended() || (!probe.path.empty() && probe.begun != sLooksGivenUp);
+}
 
 bool probe_wait_quietly(Probe& probe, ProbeClock::time_point end) {
   std::unique_lock lock(probe.mutex);
@@ -50,6 +62,7 @@ bool probe_wait(Probe& probe, ProbeClock::time_point end) {
       if (probe.done) return true;
       probe.wake_desktop = true;
     }
+    if (given_up(probe)) return false;
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - ProbeClock::now()).count();
     if (left <= 0) return false;
     desk_pending_events(static_cast<int>(std::min<long long>(left, 50)));
@@ -86,7 +99,7 @@ bool is_subdirectory(int fd, const struct dirent64& entry, bool dot_names) {
 // Runs a question about a path in bounded time; -1 when the answer does not come.
 int bounded_answer(const std::string& path, int (*question)(const char* path, int flags), int flags) {
   auto answer = std::make_shared<int>(-1);
-  const bool ended = fs_bounded([=] { *answer = question(path.c_str(), flags); });
+  const bool ended = fs_bounded_look(path, [=] { *answer = question(path.c_str(), flags); });
   return ended ? *answer : -1;
 }
 }  // namespace
@@ -105,9 +118,7 @@ void fs_worker_signals() {
   pthread_sigmask(SIG_SETMASK, &blocked, nullptr);
 }
 
-bool fs_bounded(std::function<void()> work, int timeout_ms) {
-  auto probe = std::make_shared<Probe>();
-  probe->work = std::move(work);
+static bool probe_bounded(const std::shared_ptr<Probe>& probe, int timeout_ms) {
   const auto start = ProbeClock::now(), end = start + std::chrono::milliseconds(timeout_ms);
   try {
     std::lock_guard lock(probe->mutex);
@@ -127,9 +138,31 @@ bool fs_bounded(std::function<void()> work, int timeout_ms) {
   }
   if (probe_wait(*probe, ProbeClock::now() + kGrace)) return true;
   // Left behind: by the time it ends, the desktop may have ended too.
+  HungNote note = probe->path.empty() ? nullptr : hung_note(probe->path);
   std::lock_guard lock(probe->mutex);
   probe->wake_desktop = false;
+  if (!probe->done) probe->hung = std::move(note);
   return probe->done;
+}
+
+bool fs_bounded(std::function<void()> work, int timeout_ms) {
+  auto probe = std::make_shared<Probe>();
+  probe->work = std::move(work);
+  return probe_bounded(probe, timeout_ms);
+}
+
+bool fs_bounded_look(const std::string& path, std::function<void()> work) {
+  if (hung_full(path)) return false;
+  auto probe = std::make_shared<Probe>();
+  probe->work = std::move(work);
+  probe->path = path;
+  probe->begun = sLooksGivenUp;
+  return probe_bounded(probe, 10000);
+}
+
+void fs_give_up_looking() {
+  ++sLooksGivenUp;
+  desk_wake();
 }
 
 int fs_look_for_subdirectories(const char* path, int flags) {

@@ -7,9 +7,9 @@
 #include <chrono>
 #include <deque>
 #include <map>
-#include <set>
 #include <vector>
 
+#include "dirmodel/hung_places.h"
 #include "platform/desktop.h"
 #include "platform/detached.h"
 
@@ -32,7 +32,7 @@ struct SubdirProbe {
 int sLastProbe = 0;
 std::deque<SubdirProbe> sWaitingProbes;
 std::map<int, SubdirProbe> sActiveProbes;
-std::multiset<std::string> sStuckPaths;
+std::multimap<std::string, HungNote> sStuckPaths;  // threads written off
 int sProbeTimer = 0;
 
 void start_probes();
@@ -62,7 +62,7 @@ void write_off_late_probes() {
       ++at;
       continue;
     }
-    sStuckPaths.insert(at->second.path);
+    sStuckPaths.emplace(at->second.path, hung_note(at->second.path));
     detached_interrupt(at->second.thread);
     late.push_back(std::move(at->second));
     at = sActiveProbes.erase(at);
@@ -80,7 +80,7 @@ void start_probes() {
       const int result = look(path.c_str(), flags);
       desk_post([number, path, result] { probe_ended(number, path, result); });
     };
-    if (sStuckPaths.count(probe.path) == 0) probe.thread = detached_start(work);
+    if (sStuckPaths.count(probe.path) == 0 && !hung_full(probe.path)) probe.thread = detached_start(work);
     if (!probe.thread)
       desk_post([probe] { answer_probe(probe, -1); });
     else

@@ -62,3 +62,6 @@ void desk_slot_ended(void* slot);
 // Answers every open question and notice with its escape button, and every later one at once, so that
 // whoever waits for an answer can end. Any thread; nothing undoes it.
 void desk_end();
+
+// Whether desk_end was called. Any thread.
+bool desk_ended();

@@ -11,7 +11,7 @@
 
 static bool directory_opens(const std::string& path) {
   auto opened = std::make_shared<bool>(false);
-  const bool ended = fs_bounded([path, opened] {
+  const bool ended = fs_bounded_look(path, [path, opened] {
     DIR* stream = opendir(path.c_str());
     *opened = stream != nullptr;
     if (stream) closedir(stream);

@@ -50,7 +50,8 @@ const char* find_matching_dir(const char* text) {
   const size_t slash = typed.rfind('/');
   matches->dir = slash == 0 ? "/" : typed.substr(0, slash);
   matches->prefix = typed.substr(slash + 1);
-  if (!fs_bounded([matches] { collect_matches(matches.get()); }) || matches->count == 0) return nullptr;
+  if (!fs_bounded_look(typed, [matches] { collect_matches(matches.get()); }) || matches->count == 0)
+    return nullptr;
   result = (slash == 0 ? "" : matches->dir) + "/" + matches->common + (matches->count == 1 ? "/" : "");
   return result.c_str();
 }

@@ -243,4 +243,10 @@ void desk_end() {
     answer_question(question, question->escape);
     desk.calls.post([question] { close_question(question); });
   }
+  desk_wake();
+}
+
+bool desk_ended() {
+  std::lock_guard lock(desktop().mutex);
+  return desktop().ended;
 }

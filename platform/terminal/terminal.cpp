@@ -201,3 +201,7 @@ void desk_slot_ended(void* slot) {
 void desk_end() {
   sEnded = true;
 }
+
+bool desk_ended() {
+  return sEnded;
+}

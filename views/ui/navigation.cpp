@@ -1,5 +1,7 @@
 #include "views/ui/navigation.h"
 
+#include <QApplication>
+#include <QKeyEvent>
 #include <QMainWindow>
 
 #include <cstdlib>
@@ -7,6 +9,8 @@
 
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
+#include "dirmodel/fs_probe.h"
+#include "platform/desktop.h"
 #include "views/find.h"
 #include "views/path_check.h"
 #include "views/path_history.h"
@@ -19,13 +23,32 @@ namespace {
 
 int sAttempts = 0;
 
+// While a path is looked at, Escape ends the waiting.
+class EscapeFromLook : public QObject {
+ public:
+  EscapeFromLook() { qApp->installEventFilter(this); }
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape)
+      return false;
+    auto* widget = qobject_cast<QWidget*>(object);
+    if (!widget || widget->window() != base_window()) return false;
+    ++sAttempts;
+    fs_give_up_looking();
+    return true;
+  }
+};
+
 // The cleaned path; empty, after its message, when it cannot be shown. Silently empty when it is the current
 // one, or when the user went elsewhere while a slow file system was asked.
 std::string checked_path(const std::string& text) {
   const int attempt = ++sAttempts;
+  fs_give_up_looking();  // where the user wanted to go before
+  const EscapeFromLook escape;
   std::string message;
   const std::string path = x_check_path(text.c_str(), gDir.path, &message);
-  if (attempt != sAttempts) return {};
+  if (attempt != sAttempts || desk_ended()) return {};
   if (!message.empty()) wreport(base_window(), "Error", "%s", message.c_str());
   return path;
 }

@@ -1,0 +1,150 @@
+#!/usr/bin/env python3
+"""A file system that hangs: the window lives on, goes elsewhere, and ends. What hangs here never comes back by
+itself, so that nothing below can be owed to waiting it out."""
+import os
+import shutil
+import signal
+import subprocess
+import sys
+
+from harness import SKIP, run, wait_for
+
+NEVER = "100000000"  # ms
+MODES = ("root", "open", "names", "lookup", "status")
+
+
+class Mount:
+    """The file system whose calls hang, below the desk's scratch directory."""
+
+    def __init__(self, desk, mode, name="hung"):
+        self.path = desk.make(name + "/").rstrip("/")
+        self.log = os.path.join(desk.root, name + ".log")
+        self.server = subprocess.Popen([os.path.join(desk.bin, "zan_slow_fs"), mode, NEVER, self.log, self.path])
+        wait_for(self._mounted, "the mount")
+
+    def _mounted(self):
+        with open("/proc/mounts", encoding="utf-8") as table:
+            return any(line.split()[1] == self.path for line in table)
+
+    def calls(self):
+        return os.path.getsize(self.log) if os.path.exists(self.log) else 0
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.server.kill()  # sets free whatever waits for an answer
+        self.server.wait()
+        subprocess.run(["umount", "-l", self.path], check=True)
+
+
+def shows(app, path):
+    wait_for(lambda: app.title() == "ZAN: " + path, f"a window on {path}, not {app.title()}")
+
+
+def go(app, path):
+    """Types a path into the path field."""
+    app.keys("alt+p")
+    app.type(path)
+    app.keys("Return")
+
+
+def threads(app):
+    return len(os.listdir(f"/proc/{app.pid}/task"))
+
+
+def saved(desk):
+    return os.path.exists(os.path.join(desk.settings, "config.003"))
+
+
+def end_seen_by_the_user(desk, app):
+    """The window goes, the settings are kept, and the process has ended but for threads the kernel holds."""
+    app.close()
+    wait_for(lambda: not app.windows(), "the window's end")
+    wait_for(lambda: saved(desk), "saved settings")
+
+    def ended():
+        with open(f"/proc/{app.pid}/stat", encoding="utf-8") as stat:
+            return stat.read().rpartition(")")[2].split()[0] == "Z"
+    wait_for(ended, "the end of the process")
+
+
+def another_way_gives_it_up(desk):
+    """Each kind of hang, left by each way of going elsewhere."""
+    desk.make("other/inside")
+    other = os.path.join(desk.work, "other")
+    for mode in MODES:
+        with Mount(desk, mode, "hung-" + mode) as mount:
+            app = desk.start(other)
+            shows(app, other)
+            go(app, mount.path)
+            wait_for(mount.calls, f"a call that hangs ({mode})")
+            if mode in ("root", "open"):  # still being looked at: the window is where it was
+                app.keys("Escape")
+                go(app, desk.work + "/nowhere")  # a message is there: nothing waits below it
+                app.keys("Return", window=app.other_window("Error"))
+                go(app, mount.path)
+            else:
+                shows(app, other)
+                app.keys("BackSpace")
+                shows(app, desk.work)
+                go(app, mount.path)
+            app.keys("F6")
+            shows(app, desk.home)
+            end_seen_by_the_user(desk, app)
+        assert app.wait() == 0, (mode, app.errors())
+        os.unlink(os.path.join(desk.settings, "config.003"))
+
+
+def closed_in_the_middle(desk):
+    for mode in MODES:
+        with Mount(desk, mode, "hung-" + mode) as mount:
+            app = desk.start(desk.work)
+            go(app, mount.path)
+            wait_for(mount.calls, "a call that hangs")
+            end_seen_by_the_user(desk, app)
+        app.wait()
+        os.unlink(os.path.join(desk.settings, "config.003"))
+
+
+def looks_cost_few_threads(desk):
+    with Mount(desk, "names") as mount:
+        app = desk.start(desk.work)
+        shows(app, desk.work)
+        before = threads(app)
+        for round_ in range(16):
+            go(app, mount.path)
+            wait_for(mount.calls, "a call that hangs")
+            app.keys("F6" if round_ % 2 == 0 else "BackSpace")
+            shows(app, desk.home if round_ % 2 == 0 else desk.work)
+        assert threads(app) <= before + 6, (before, threads(app))
+        end_seen_by_the_user(desk, app)
+    app.wait()
+
+
+def other_windows_and_operations_go_on(desk):
+    source, place = desk.make("from/file", "content"), desk.make("to/").rstrip("/")
+    with Mount(desk, "names") as mount:
+        app = desk.start(desk.work)
+        go(app, mount.path)
+        wait_for(mount.calls, "a call that hangs")
+        other = desk.start(os.path.dirname(source))
+        other.keys("ctrl+a", "ctrl+c")
+        go(other, place)
+        shows(other, place)
+        other.keys("ctrl+v")
+        wait_for(lambda: os.path.exists(os.path.join(place, "file")), "the pasted file")
+        other.close()
+        assert other.wait() == 0, other.errors()
+        app.keys("Escape")
+        end_seen_by_the_user(desk, app)
+    app.wait()
+
+
+if __name__ == "__main__":
+    if not os.access("/dev/fuse", os.R_OK | os.W_OK) or os.geteuid() != 0 or \
+            not os.path.exists(os.path.join(sys.argv[1], "zan_slow_fs")):
+        print("skipped: no FUSE file system can be mounted here")
+        sys.exit(SKIP)
+    sys.exit(run([another_way_gives_it_up, closed_in_the_middle, looks_cost_few_threads,
+                  other_windows_and_operations_go_on]))
