@@ -110,6 +110,21 @@ def content_outlives_the_program(desk):
     desk.wait_for(lambda: len(listing(target)) == 3 and not listing(source), "the move after the end")
 
 
+def pastes_nowhere_without_asking(desk):
+    source, target = two_directories(desk)
+    names = listing(source)
+    first, second = desk.start(source), desk.start(target)
+    take_all(desk, first, "ctrl+x", OWN_CUT)
+    os.rmdir(target)  # while it is shown
+    for answer, there in (("Escape", False), ("Return", True)):
+        second.keys("ctrl+v")
+        question = second.other_window("Make Directory")
+        assert listing(source) == names and not os.path.exists(target), "asked first"
+        second.keys(answer, window=question)
+        desk.wait_for(lambda want=there: os.path.exists(target) == want and len(second.windows()) == 1, answer)
+        assert listing(target if there else source) == names, answer
+
+
 def drags_between_two_windows(desk):
     source, target = desk.make("source/"), desk.make("target/")
     for i in range(60):
@@ -186,6 +201,6 @@ def other_file_manager(program):
 
 
 if __name__ == "__main__":
-    sys.exit(run([two_instances_share_it, reads_what_others_write, content_outlives_the_program,
-                  drags_between_two_windows, other_file_manager("pcmanfm-qt"), other_file_manager("thunar"),
-                  other_file_manager("dolphin")]))
+    sys.exit(run([two_instances_share_it, reads_what_others_write, pastes_nowhere_without_asking,
+                  content_outlives_the_program, drags_between_two_windows, other_file_manager("pcmanfm-qt"),
+                  other_file_manager("thunar"), other_file_manager("dolphin")]))
