@@ -109,16 +109,6 @@ void dir_store_entry(DirRecord* dir, DirEntry* entry) {
   dir->total_size += static_cast<uint64_t>(entry->st.st_size);
 }
 
-void dir_return_entry(DirRecord* dir, DirEntry* entry) {
-  if (dir->count + dir->spare >= dir->capacity) {
-    dir_free_entry(entry);
-    return;
-  }
-  std::free(entry->info);
-  entry->info = nullptr;
-  dir->entries[dir->count + dir->spare++] = entry;
-}
-
 void dir_free_entry(DirEntry* entry) {
   if (!entry) return;
   std::free(entry->info);

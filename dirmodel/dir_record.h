@@ -54,8 +54,6 @@ void dir_recycle_all(DirRecord* dir);
 DirEntry* dir_take_entry(DirRecord* dir);
 // Stores a filled entry behind the live ones and counts it.
 void dir_store_entry(DirRecord* dir, DirEntry* entry);
-// Gives an entry back that was taken and is not wanted: to the spare ones where a slot is free, else freed.
-void dir_return_entry(DirRecord* dir, DirEntry* entry);
 void dir_free_entry(DirEntry* entry);
 // Frees everything; the record is as new, its path and filter kept.
 void dir_free(DirRecord* dir);

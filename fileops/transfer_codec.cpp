@@ -71,7 +71,3 @@ bool transfer_unpack(std::string_view bytes, TransferList* list) {
   *list = std::move(read);
   return true;
 }
-
-bool transfer_has_names(const TransferList& list) {
-  return std::any_of(list.names.begin(), list.names.end(), [](const std::string& n) { return !n.empty(); });
-}

@@ -16,6 +16,3 @@ std::string transfer_pack(const TransferList& list);
 // False, with *list as it was, for anything that transfer_pack would not write: another version, a length
 // that does not fit, bytes left over, a relative directory, a name that is not a single path component.
 bool transfer_unpack(std::string_view bytes, TransferList* list);
-
-// True when at least one name is not empty.
-bool transfer_has_names(const TransferList& list);

@@ -169,8 +169,3 @@ int fm_setup(QMenu* menu) {
   apply_state(menu, file_menu_state());
   return 0;
 }
-
-int fm_setup_done(QMenu* menu) {
-  apply_state(menu, FileMenuState());
-  return 0;
-}

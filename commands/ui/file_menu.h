@@ -22,5 +22,3 @@ int fm_symlink();
 // Enables the items of the menu (by the object names of its actions, submenus included) for the selection:
 // when it is about to show.
 int fm_setup(QMenu* menu);
-// Enables every item again: when the menu is about to hide. Shortcuts work by the selection of the moment.
-int fm_setup_done(QMenu* menu);

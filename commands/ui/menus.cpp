@@ -219,10 +219,3 @@ void menus_create(QMainWindow* window) {
 QAction* menu_item(const char* identifier) {
   return sItems.value(QString::fromLatin1(identifier));
 }
-
-bool menu_run(const char* identifier) {
-  QAction* action = menu_item(identifier);
-  if (!action) return false;
-  action->trigger();
-  return true;
-}

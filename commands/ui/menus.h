@@ -12,6 +12,3 @@ void menus_create(QMainWindow* window);
 
 // The item of that identifier ("em_cut"); null when there is none.
 QAction* menu_item(const char* identifier);
-
-// Does what the item does if the state of the moment allows it. True when it did.
-bool menu_run(const char* identifier);

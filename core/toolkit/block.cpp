@@ -62,23 +62,11 @@ bool Block::eventFilter(QObject* object, QEvent* event) {
       close_wanted_ = true;
       event->ignore();
       return true;
-    case QEvent::ShortcutOverride:  // accepted, it is no shortcut any more, but a key press that ends below
-    case QEvent::KeyPress:
-    case QEvent::KeyRelease:
-    case QEvent::InputMethod:
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonRelease:
-    case QEvent::MouseButtonDblClick:
-    case QEvent::Wheel:
-    case QEvent::ContextMenu:
-    case QEvent::DragEnter:
-    case QEvent::DragMove:
-    case QEvent::Drop:
-      if (!covers(object)) return false;
+    default:
+      if (!misc_is_input(*event) || !covers(object)) return false;
+      // A shortcut that is accepted on its way is none any more, but a key press that ends here.
       event->setAccepted(event->type() == QEvent::ShortcutOverride);
       return true;
-    default:
-      return false;
   }
 }
 
@@ -98,6 +86,26 @@ void block_change(QWidget* widget, bool on, Qt::CursorShape shape, bool dim) {
   }
 }
 }  // namespace
+
+bool misc_is_input(const QEvent& event) {
+  switch (event.type()) {
+    case QEvent::ShortcutOverride:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::InputMethod:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::Wheel:
+    case QEvent::ContextMenu:
+    case QEvent::DragEnter:
+    case QEvent::DragMove:
+    case QEvent::Drop:
+      return true;
+    default:
+      return false;
+  }
+}
 
 void wblock(QWidget* widget, int on) {
   block_change(widget, on == 1, Qt::BusyCursor, false);

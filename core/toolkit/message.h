@@ -1,6 +1,7 @@
 // Message boxes, alerts, blocking, focus and centring.
 #pragma once
 
+#include <QEvent>
 #include <QPoint>
 #include <QRect>
 #include <QSize>
@@ -35,6 +36,9 @@ void wset_text(QWidget* widget, const QString& text);
 void wblock(QWidget* widget, int on);
 // The same with another busy shape; a widget that is not a window is dimmed too.
 void misc_block(QWidget* widget, int on);
+
+// True for events by which a user works a widget: keys, shortcuts on their way, mouse, wheel, drops.
+bool misc_is_input(const QEvent& event);
 
 // Brings the window that contains widget to the front and gives widget the focus.
 void wfocus(QWidget* widget);

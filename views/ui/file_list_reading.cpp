@@ -95,32 +95,13 @@ bool ReadingGuard::eventFilter(QObject* object, QEvent* event) {
       dir_read_cancel();
       event->ignore();
       return true;
-    case QEvent::KeyPress:
-      if (!is_ours(object)) return false;
-      press_key(static_cast<QKeyEvent*>(event));
-      return true;
-    case QEvent::MouseButtonPress:
-      if (!is_ours(object)) return false;
-      press_button(static_cast<QMouseEvent*>(event));
-      return true;
-    case QEvent::ShortcutOverride:  // accepted, it comes as a key press next
-      if (!is_ours(object)) return false;
-      event->accept();
-      return true;
-    case QEvent::Shortcut:
-    case QEvent::KeyRelease:
-    case QEvent::InputMethod:
-    case QEvent::MouseButtonRelease:
-    case QEvent::MouseButtonDblClick:
-    case QEvent::Wheel:
-    case QEvent::ContextMenu:
-    case QEvent::DragEnter:
-    case QEvent::DragMove:
-    case QEvent::Drop:
-      return is_ours(object);
     default:
-      return false;
+      if ((!misc_is_input(*event) && event->type() != QEvent::Shortcut) || !is_ours(object)) return false;
   }
+  if (event->type() == QEvent::KeyPress) press_key(static_cast<QKeyEvent*>(event));
+  if (event->type() == QEvent::MouseButtonPress) press_button(static_cast<QMouseEvent*>(event));
+  if (event->type() == QEvent::ShortcutOverride) event->accept();  // it comes as a key press next
+  return true;
 }
 
 std::string first_selected_name() {
