@@ -71,8 +71,8 @@ def check(app_node, what, at_least):
     for node, role, name, states in nodes(app_node):
         if role not in ROLES and not states.contains(Atspi.StateType.FOCUSABLE):
             continue
-        if not states.contains(Atspi.StateType.SHOWING) or role == "table cell":
-            continue  # an empty cell has nothing to say
+        if not states.contains(Atspi.StateType.SHOWING) or role in ("table cell", "label"):
+            continue  # a cell or a value that is empty has nothing to say
         if role == "frame" and node.get_parent().get_role_name() != "application":
             continue  # a line or a box around controls
         controls += 1
