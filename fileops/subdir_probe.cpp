@@ -51,7 +51,7 @@ void probe_ended(int number, const std::string& path, int result) {
   SubdirProbe probe = std::move(found->second);
   sActiveProbes.erase(found);
   start_probes();
-  answer_probe(std::move(probe), result);
+  answer_probe(probe, result);
 }
 
 void write_off_late_probes() {
@@ -68,7 +68,7 @@ void write_off_late_probes() {
     at = sActiveProbes.erase(at);
   }
   start_probes();
-  for (SubdirProbe& probe : late) answer_probe(std::move(probe), -1);
+  for (SubdirProbe& probe : late) answer_probe(probe, -1);
 }
 
 void start_probes() {
