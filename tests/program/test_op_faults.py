@@ -200,8 +200,8 @@ def whole_at(root, name, content):
 
 
 def test_sudden_death_of_a_move():
-    deaths = 0
-    for round_number in range(40):
+    deaths, whole_time = 0, 0.06
+    for round_number in range(41):
         with other_system() as other:
             fresh()
             files = originals(60, 200000)
@@ -209,9 +209,13 @@ def test_sudden_death_of_a_move():
             move = [OP, "move", "--from", path("from"), "tree", "--to", other, "--flags", "1000"]
             if round_number % 2:  # into what an earlier, equal move left half done
                 shutil.copytree(path("from/tree"), os.path.join(other, "tree"))
+            begun = time.monotonic()
             process = subprocess.Popen(move, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                        stderr=subprocess.DEVNULL)
-            time.sleep(random.random() * 0.06)
+            if round_number == 0:  # the first may live: it tells how long the others have
+                process.wait()
+                whole_time = time.monotonic() - begun
+            time.sleep(random.random() * whole_time * 0.8)
             process.kill()
             deaths += process.wait() == -signal.SIGKILL
             for name, content in files.items():
