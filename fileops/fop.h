@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -67,6 +68,12 @@ struct fop_identity {
   dev_t dev = 0;
   ino_t ino = 0;
   bool operator==(const fop_identity&) const = default;
+};
+
+struct fop_identity_hash {
+  size_t operator()(const fop_identity& identity) const {
+    return std::hash<uint64_t>()(identity.ino * 31 + identity.dev);
+  }
 };
 
 // What a source was when it was copied; a move removes only a source that still is that.
@@ -125,6 +132,9 @@ struct fop_request {
   std::vector<fop_identity> dest_chain;  // dest's directory and all above it
   std::vector<std::pair<dev_t, int>>
       written_systems;  // file systems a move writes to: opened before the first write
+  // What this operation put in place: none of its later items may replace it, or a move would lose it.
+  std::unordered_set<fop_identity, fop_identity_hash> made;
+  std::unordered_set<std::string> made_paths;  // in lower case, of a system that numbers its files anew
 };
 
 // The operation flags that the settings' flag word (SET_ bits) asks for. several: more than one name, or

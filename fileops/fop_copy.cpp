@@ -38,6 +38,11 @@ int fop_ask_overwrite(const fop_item& item) {
   return 0;
 }
 
+int fop_refuse_made(const fop_item& item) {
+  return fop_copy_failed(item.request(), "Error writing '%s'\n%s\n", item.dest,
+                         "Another item of this operation is already there");
+}
+
 int fop_copy_itself() {
   fop_errinfo("File Scan", "Can't copy file(s) into itself.");
   return -1;
@@ -59,8 +64,9 @@ bool fop_settle_unopened(const fop_item& item) {
   const int dir = item.dest_dir;
   const char* name = item.dest_name.c_str();
   struct stat made;
-  bool owned = fstatat(dir, name, &made, AT_SYMLINK_NOFOLLOW) == 0 && made.st_uid == item.status.st_uid &&
-               made.st_gid == item.status.st_gid;
+  const bool known = fstatat(dir, name, &made, AT_SYMLINK_NOFOLLOW) == 0;
+  if (known) fop_note_made(item.request(), made, dir, item.dest);
+  bool owned = known && made.st_uid == item.status.st_uid && made.st_gid == item.status.st_gid;
   if (!owned) owned = fchownat(dir, name, item.status.st_uid, item.status.st_gid, AT_SYMLINK_NOFOLLOW) == 0;
   const timespec times[2] = {item.status.st_atim, item.status.st_mtim};
   utimensat(dir, name, times, AT_SYMLINK_NOFOLLOW);

@@ -53,6 +53,9 @@ int fop_copy_failed(fop_request* request, const char* format, const std::string&
                     const char* second = "");
 // Asks about a file in the way unless overwriting was allowed: 0 go on, 1 skip, -1 abort.
 int fop_ask_overwrite(const fop_item& item);
+// Says that what is in the way was put there by this very operation, as it happens where names differ only in
+// case, or through a link: 1 skip, -1 abort.
+int fop_refuse_made(const fop_item& item);
 // Says that the item would be copied onto itself: -1.
 int fop_copy_itself();
 // After the owner could not be set: 0 when that is passed over, -1 abort.

@@ -21,7 +21,8 @@ static void open_dest(fop_place* place) {
     place->dest = fop_open_long_path(fop_dest_path(request, group.dir));
   struct stat status;
   if (place->dest && fstat(place->dest.get(), &status) == 0) {
-    if (place->group > 0 && group.dest != fop_identity_of(status)) {
+    if (place->group > 0 && group.dest != fop_identity_of(status) &&
+        (group.dest.dev != status.st_dev || !fop_numbers_change(place->dest.get()))) {
       errno = ESTALE;  // something else has come into its place
       place->dest.reset();
     } else if (request.kind == FOP_MOVE) {
@@ -83,6 +84,10 @@ int fop_copy_directory(const fop_item& item, fop_group* child) {
     return fop_copy_failed(request, "The '%s' is not a directory\n", item.dest);
   }
   if (exists && fop_identity_of(in_way) == fop_identity_of(item.status)) return fop_copy_itself();
+  if (exists && fop_made(*request, in_way, item.dest)) {
+    if (child) child->dest_error = EEXIST;
+    return fop_refuse_made(item);
+  }
   errno = item.place->dest_error;
   const fop_fd dir = item.dest_dir == -1 ? fop_fd() : enter_directory(item, exists);
   struct stat made;

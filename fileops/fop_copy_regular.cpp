@@ -54,6 +54,7 @@ int settle_conflict(RegularCopy* copy) {
   struct stat followed = copy->in_way;
   if (S_ISLNK(followed.st_mode)) fstatat(item.dest_dir, item.dest_name.c_str(), &followed, 0);
   if (fop_identity_of(followed) == fop_identity_of(item.status)) return fop_copy_itself();
+  if (fop_made(*item.request(), followed, item.dest)) return fop_refuse_made(item);
   if (copy->confirmed) return 0;
   const int answer = fop_ask_overwrite(item);
   copy->confirmed = answer == 0;
@@ -81,11 +82,7 @@ int make_file(CopyTarget* target, const std::string& name, mode_t mode) {
 bool resolve_link(CopyTarget* target) {
   const fop_fd file(openat(target->dir, target->name.c_str(), O_PATH | O_CLOEXEC));
   if (!file) return false;
-  std::string path(PATH_MAX, '\0');
-  const std::string link = "/proc/self/fd/" + std::to_string(file.get());
-  const ssize_t length = readlink(link.c_str(), path.data(), path.size());
-  if (length <= 0 || length == PATH_MAX) return false;
-  path.resize(length);
+  const std::string path = fop_kernel_path(file.get());
   const size_t slash = path.rfind('/');
   if (slash == std::string::npos) return false;
   fop_fd dir = fop_open_dir(AT_FDCWD, path.substr(0, slash + 1).c_str(), 0);
@@ -113,7 +110,8 @@ int make_replacement(const RegularCopy& copy, CopyTarget* target, mode_t mode) {
     if (errno != EEXIST) break;
   }
   target->temp.clear();
-  if (dangling) return -1;
+  if (dangling || (errno != EACCES && errno != EPERM))
+    return -1;  // a full disk must not cost the old content
   const int flags = O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   target->file.reset(openat(target->dir, target->name.c_str(), flags));
   target->in_place = true;
@@ -169,6 +167,7 @@ int write_target(RegularCopy* copy, CopyTarget* target) {
   target->complete = true;
   const int finished = finish_file(item, target);
   if (finished != 0) return finished;
+  fop_note_made(request, target->status, target->dir, item.dest);
   return owned ? 0 : fop_owner_failed(item);
 }
 }  // namespace

@@ -26,15 +26,17 @@ static bool dest_status(const fop_item& item, struct stat* status, int flags) {
   return item.dest_dir != -1 && fstatat(item.dest_dir, item.dest_name.c_str(), status, flags) == 0;
 }
 
-static bool same_file(const fop_item& item) {
+// What is in the way must not be the source, nor come from this operation. 0, 1 or -1.
+static int refuse_in_way(const fop_item& item) {
   struct stat in_way;
-  return dest_status(item, &in_way, AT_SYMLINK_NOFOLLOW) &&
-         fop_identity_of(in_way) == fop_identity_of(item.status);
+  if (!dest_status(item, &in_way, AT_SYMLINK_NOFOLLOW)) return 0;
+  if (fop_identity_of(in_way) == fop_identity_of(item.status)) return fop_copy_itself();
+  return fop_made(*item.request(), in_way, item.dest) ? fop_refuse_made(item) : 0;
 }
 
 int fop_copy_fifo(fop_item* item) {
   struct stat in_way;
-  if (same_file(*item)) return fop_copy_itself();
+  if (const int refused = refuse_in_way(*item); refused != 0) return refused;
   if (dest_status(*item, &in_way, 0) && !S_ISFIFO(in_way.st_mode))
     return fop_copy_failed(item->request(), "The '%s' is not a FIFO\n", item->dest);
   const mode_t mode = item->status.st_mode & 0777;
@@ -45,7 +47,7 @@ int fop_copy_fifo(fop_item* item) {
 
 int fop_copy_link(fop_item* item) {
   struct stat in_way;
-  if (same_file(*item)) return fop_copy_itself();
+  if (const int refused = refuse_in_way(*item); refused != 0) return refused;
   std::string target(PATH_MAX, '\0');
   const ssize_t length = readlinkat(item->place->source.get(), item->name, target.data(), target.size());
   if (length < 0 || length == PATH_MAX)

@@ -46,7 +46,7 @@ bool still_as_copied(const DeleteItem& item, const struct stat& now) {
   if (!item.verified) return true;
   if (!marks) return false;
   const fop_mark &then = marks[item.index], current = fop_mark_of(now);
-  if (current.ino != then.ino) return false;
+  if (current.ino != then.ino && !fop_numbers_change(item.dir)) return false;
   return S_ISDIR(now.st_mode) || (current.size == then.size && current.mtime_ns == then.mtime_ns);
 }
 

@@ -129,9 +129,16 @@ bool is_itself(const RenameItem& item) {
   return item.source == item.dest || (item.dest_name == item.name && same_directory(item.from, item.to));
 }
 
-bool dest_exists(const RenameItem& item) {
-  struct stat status;
-  return fstatat(item.to, item.dest_name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+bool dest_status(const RenameItem& item, struct stat* status) {
+  return fstatat(item.to, item.dest_name.c_str(), status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+// Another name of the source in the way costs nothing to replace.
+bool made_by_another(const RenameItem& item, const struct stat& in_way) {
+  struct stat source;
+  return fop_made(*item.request, in_way, item.dest) &&
+         (fstatat(item.from, item.name, &source, AT_SYMLINK_NOFOLLOW) != 0 ||
+          fop_identity_of(source) != fop_identity_of(in_way));
 }
 
 // rename leaves two names of one file as they are and calls that a success.
@@ -145,8 +152,11 @@ void finish_hard_link(const RenameItem& item) {
 
 Rename rename_one(const RenameItem& item) {
   bool replace = item.request->flags & FOP_OVERWRITE_ALL;
+  struct stat status;
   for (;;) {
-    if (!replace && dest_exists(item)) {
+    const bool exists = dest_status(item, &status);
+    if (exists && made_by_another(item, status)) return Rename::left;  // the copy pass tells
+    if (!replace && exists) {
       const int answer =
           fop_alert(item.request, "Move", "&Skip|&Overwrite|Overwrite &All|a&Bort",
                     "The '%s' file exists.\nWhat do you want to do ?\n", fname_decode(item.dest.c_str()));
@@ -157,11 +167,13 @@ Rename rename_one(const RenameItem& item) {
     }
     const char* to_name = item.dest_name.c_str();
     int failed = renameat2(item.from, item.name, item.to, to_name, replace ? 0 : RENAME_NOREPLACE);
-    if (failed && !replace && errno == EEXIST && dest_exists(item)) continue;  // it came up meanwhile
-    if (failed && !replace && (errno == EINVAL || errno == ENOSYS) && !dest_exists(item))
+    if (failed && !replace && errno == EEXIST && dest_status(item, &status))
+      continue;  // it came up meanwhile
+    if (failed && !replace && (errno == EINVAL || errno == ENOSYS) && !dest_status(item, &status))
       failed = renameat(item.from, item.name, item.to, to_name);
     if (failed) return Rename::left;
     if (replace) finish_hard_link(item);
+    if (dest_status(item, &status)) fop_note_made(item.request, status, item.to, item.dest);
     fop_item_done(item.request, item.request->groups[0]->dir, item.name);
     return Rename::finished;
   }

@@ -2,12 +2,16 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
 
 void fop_fd::reset(int fd) {
   if (fd_ >= 0) {
@@ -78,19 +82,72 @@ fop_fd fop_open_long_path(const std::string& path) {
   return dir;
 }
 
+// The way to a file that is open merely for paths, where the plain call refuses the descriptor.
+static std::string fd_path(int fd) {
+  return "/proc/self/fd/" + std::to_string(fd);
+}
+
+std::string fop_kernel_path(int fd) {
+  std::string path(PATH_MAX, '\0');
+  const ssize_t length = readlink(fd_path(fd).c_str(), path.data(), path.size());
+  path.resize(length > 0 && length < PATH_MAX ? length : 0);
+  return path;
+}
+
+bool fop_numbers_change(int fd) {
+  struct statfs system;
+  if (fstatfs(fd, &system) != 0) return false;
+  const auto type = static_cast<uint32_t>(system.f_type);
+  constexpr uint32_t kFat = 0x4d44, kExfat = 0x2011bab0, kFuse = 0x65735546, kCifs = 0xff534d42,
+                     kSmb2 = 0xfe534d42;
+  return type == kFat || type == kExfat || type == kFuse || type == kCifs || type == kSmb2;
+}
+
+static std::string lower_case(const std::string& path) {
+  std::string lower;
+  mbstate_t in{}, out{};
+  for (size_t at = 0; at < path.size();) {
+    wchar_t c;
+    char bytes[MB_LEN_MAX];
+    size_t length = mbrtowc(&c, path.data() + at, path.size() - at, &in);
+    if (length == 0 || length > path.size() - at) length = 1, c = 0, in = {};
+    const size_t made = c ? wcrtomb(bytes, towlower(c), &out) : SIZE_MAX;
+    made > sizeof bytes ? lower.append(path, at, length) : lower.append(bytes, made);
+    at += length;
+  }
+  return lower;
+}
+
+void fop_note_made(fop_request* request, const struct stat& status, int dir, const std::string& path) {
+  request->made.insert(fop_identity_of(status));
+  if (fop_numbers_change(dir)) request->made_paths.insert(lower_case(path));
+}
+
+bool fop_made(const fop_request& request, const struct stat& status, const std::string& path) {
+  return request.made.contains(fop_identity_of(status)) ||
+         (!request.made_paths.empty() && request.made_paths.contains(lower_case(path)));
+}
+
+// Whether an open directory is where the selection's own directory and the names below it lead, without a
+// link on the way.
+static bool leads_straight(const fop_request& request, const fop_group& g, int dir) {
+  const fop_group& selection = *request.groups[0];
+  const fop_fd top = fop_open_long_path(selection.dir);
+  const std::string below = std::string(g.dir).substr(std::strlen(selection.dir));
+  return top && fop_kernel_path(dir) == _build_path(fop_kernel_path(top.get()), below);
+}
+
 fop_fd fop_open_source(const fop_request& request, int32_t group) {
   const fop_group& g = *request.groups[group];
   fop_fd dir = fop_open_long_path(g.dir);
   if (!dir || group == 0) return dir;
   struct stat status;
   if (fstat(dir.get(), &status) != 0) return fop_fd();
-  if (fop_identity_of(status) != g.source) return errno = ESTALE, fop_fd();
-  return dir;
-}
-
-// The way to a file that is open merely for paths, where the plain call refuses the descriptor.
-static std::string fd_path(int fd) {
-  return "/proc/self/fd/" + std::to_string(fd);
+  if (fop_identity_of(status) == g.source) return dir;
+  if (status.st_dev == g.source.dev && fop_numbers_change(dir.get()) &&
+      (g.through_link || leads_straight(request, g, dir.get())))
+    return dir;
+  return errno = ESTALE, fop_fd();
 }
 
 int fop_fd_mode(int fd, mode_t mode) {

@@ -44,6 +44,11 @@ std::string fop_dest_path(const fop_request& request, const std::string& source)
 fop_identity fop_identity_of(const struct stat& status);
 fop_mark fop_mark_of(const struct stat& status);
 
+// Notes what the operation put in place: its status, its directory, opened, and its full path.
+void fop_note_made(fop_request* request, const struct stat& status, int dir, const std::string& path);
+// Whether the operation itself put in place what has this status and is found by this path.
+bool fop_made(const fop_request& request, const struct stat& status, const std::string& path);
+
 // The group of the directory that is name index of a group, or -1. Called for rising (group, index): *next
 // (from 1) keeps the place.
 int32_t fop_child_group(const fop_request& request, int32_t group, int32_t index, int32_t* next);
@@ -53,6 +58,11 @@ int32_t fop_child_group(const fop_request& request, int32_t group, int32_t index
 fop_fd fop_open_dir(int at, const char* name, int extra_flags);
 // Opens a path of any length.
 fop_fd fop_open_long_path(const std::string& path);
+// The path that the kernel knows an open file by; empty when that cannot be told.
+std::string fop_kernel_path(int fd);
+// Whether the file system of fd gives a file another number once it was out of memory for a while: there
+// a number tells nothing about what was seen earlier.
+bool fop_numbers_change(int fd);
 // Opens a group's source directory and makes sure that it is the one that was scanned; ESTALE when not.
 fop_fd fop_open_source(const fop_request& request, int32_t group);
 

@@ -161,6 +161,19 @@ TEST_F(MoveTest, ASourceThatChangedAfterItsCopyStays) {
   EXPECT_FALSE(path_exists(dir / "from/b"));
 }
 
+TEST_F(MoveTest, NoItemReplacesAnotherOfTheSameOperation) {
+  SKIP_WITHOUT(other);
+  make("echo 1 >from/f && echo 2 >from/l");
+  symlink("f", (other / "l").c_str());
+  FopRun run = move({"f", "l"}, other.path(), {1});
+  run.flags = FOP_OVERWRITE_ALL;
+  fop_run(&run);
+  EXPECT_EQ(run.asked, std::vector<std::string>{"Copy/Move|Error writing '" + (other / "l") +
+                                                "'\nAnother item of this operation is already "
+                                                "there\n|&Continue|&Abort"});
+  EXPECT_EQ(read_file(other / "f") + read_file(dir / "from/l"), "1\n2\n");
+}
+
 TEST_F(MoveTest, WhatALinkLedToIsNotRemoved) {
   SKIP_WITHOUT(other);
   make("mkdir real && echo 1 >real/f && echo 2 >single && ln -s ../real from/ld && ln -s ../single from/lf");
