@@ -8,6 +8,7 @@
 #include <QScreen>
 
 #include "commands/ui/menu_table.h"
+#include "core/toolkit/dialogs.h"
 #include "core/toolkit/icons.h"
 #include "core/toolkit/message.h"
 #include "ui_about.h"
@@ -140,7 +141,7 @@ void help_about() {
     window = new HelpWindow<Ui::about>;
     window->form.about_icon->setPixmap(icon_get("zan").pixmap(kAboutIcon, kAboutIcon));
     window->form.about_version->setText(QStringLiteral("Version " ZAN_VERSION));
-    window->adjustSize();
+    dialog_fit(window);
     QObject::connect(window->form.about_buttons, &QDialogButtonBox::rejected, window, &QDialog::close);
   }
   show_over_base(window);

@@ -233,7 +233,7 @@ void PropertyDialog::show_filetype(const std::string& text) {
   if (long_one) ui_.pr_filetype->setToolTip(QLatin1String("<qt>") + type.toHtmlEscaped());
   layout()->activate();
   const int needed = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(width()) : 0;
-  if (needed > height()) resize(width(), needed);
+  if (needed > height()) resize(width(), std::min(needed, dialog_room(this).height()));
 }
 
 // Finding out the type starts a program and reads the file: the dialog does not wait for it.

@@ -11,6 +11,7 @@
 #include <QWindow>
 #include <algorithm>
 
+#include "core/toolkit/dialogs.h"
 #include "core/toolkit/fonts.h"
 #include "core/toolkit/icons.h"
 #include "core/toolkit/message.h"
@@ -89,7 +90,7 @@ void alert_open(QDialog* window, QWidget* owner, Qt::WindowModality modality) {
     owner = above;  // else that one would block it
   if (owner != nullptr && owner->window()->windowHandle() != nullptr)
     window->windowHandle()->setTransientParent(owner->window()->windowHandle());
-  window->adjustSize();
+  dialog_fit(window);
   wcenter(owner, window);
   QWidgetList others = QApplication::topLevelWidgets();
   others.removeIf([window](QWidget* other) {
@@ -137,7 +138,8 @@ void AlertWindow::fit_message(const QString& message) {
   label->setAccessibleName(message);
   const QRect desktop = QApplication::primaryScreen()->availableGeometry();
   const QFontMetrics metrics = label->fontMetrics();
-  const int widest = std::min(desktop.width() * 2 / 3, metrics.averageCharWidth() * 72);
+  const int widest =
+      std::min(desktop.width() * 2 / 3 - label->minimumHeight(), metrics.averageCharWidth() * 72);
   int text_width = 0;
   for (const QString& line : shown.split(QLatin1Char('\n')))
     text_width = std::max(text_width, metrics.horizontalAdvance(line) + 4);

@@ -109,12 +109,6 @@ class FileManager1 : public QDBusAbstractAdaptor {
   }
 };
 
-bool bus_runs() {
-  if (qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) return true;
-  const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-  return !runtime.isEmpty() && QFileInfo::exists(runtime + QStringLiteral("/bus"));
-}
-
 void offer_now() {
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return;
@@ -128,10 +122,16 @@ void offer_now() {
 
 }  // namespace
 
+bool session_bus_runs() {
+  if (qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) return true;
+  const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+  return !runtime.isEmpty() && QFileInfo::exists(runtime + QStringLiteral("/bus"));
+}
+
 void file_manager1_offer() {
   sUnclaimed = std::getenv(kActivated) != nullptr;
   unsetenv(kActivated);  // what this window starts was not started by the bus
-  if (bus_runs()) QTimer::singleShot(200, qApp, offer_now);
+  if (session_bus_runs()) QTimer::singleShot(200, qApp, offer_now);
 }
 
 void file_manager1_show_pending() {

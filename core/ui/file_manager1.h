@@ -2,6 +2,9 @@
 // bus.
 #pragma once
 
+// True where a session bus is there to be asked. None is started.
+bool session_bus_runs();
+
 // Offers the interface a moment after the first window is painted, so that start-up does not wait for the
 // bus. Where no bus runs nothing happens and none is started. While another instance offers it, this one
 // waits in line.

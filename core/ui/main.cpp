@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "core/command_line.h"
+#include "core/toolkit/appearance.h"
 #include "core/toolkit/icons.h"
 #include "core/ui/signals.h"
 #include "core/ui/startup.h"
@@ -41,6 +42,7 @@ int main(int argc, char** argv) {
   QApplication application(own_argc, argv);
   QApplication::setApplicationName(QStringLiteral("zan"));
   QApplication::setApplicationDisplayName(QString());
+  appearance_setup();
   QApplication::setWindowIcon(icon_get("zan"));
   QApplication::setDesktopFileName(QStringLiteral("zan"));
   QApplication::setQuitOnLastWindowClosed(false);

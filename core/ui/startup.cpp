@@ -7,6 +7,7 @@
 #include "commands/associations.h"
 #include "core/command_line.h"
 #include "core/state.h"
+#include "core/ui/appearance_portal.h"
 #include "core/ui/exit.h"
 #include "core/ui/file_manager1.h"
 #include "core/ui/signals.h"
@@ -43,6 +44,7 @@ int startup_run(int argc, char** argv, const CommandLine& line) {
   base_open(line);
   file_manager1_show_pending();
   file_manager1_offer();
+  appearance_portal_follow();
   const int status = program_ending() ? 0 : QApplication::exec();
   base_closing();
   desktop_qt_gone();

@@ -9,6 +9,7 @@
 
 #include "core/history.h"
 #include "core/state.h"
+#include "core/toolkit/dialogs.h"
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
 #include "fileops/start.h"
@@ -81,6 +82,7 @@ std::string input_dest(const QString& title) {
   ui.destination->setEditText(QString());
   QObject::connect(ui.ok, &QPushButton::clicked, &dialog, &QDialog::accept);
   QObject::connect(ui.cancel, &QPushButton::clicked, &dialog, &QDialog::reject);
+  dialog_fit(&dialog);
   if (dialog.exec() != QDialog::Accepted) return {};
   std::string text = ui.destination->currentText().toStdString();
   if (text.empty()) return {};

@@ -11,6 +11,7 @@
 #include <cerrno>
 
 #include "core/state.h"
+#include "core/toolkit/dialogs.h"
 #include "core/toolkit/timers.h"
 #include "core/ui/exit.h"
 #include "fileops/ui/slot_row.h"
@@ -61,7 +62,8 @@ void resize_base() {
   const int height = sSlotSize.height() * static_cast<int>(sSlots.size());
   const bool scrolls = height > sHolder->most_height;
   const int bar = std::max(sScrollBarWidth, sHolder->style()->pixelMetric(QStyle::PM_ScrollBarExtent));
-  sHolder->resize(sSlotSize.width() + (scrolls ? bar : 0), std::min(height, sHolder->most_height));
+  const QSize size(sSlotSize.width() + (scrolls ? bar : 0), std::min(height, sHolder->most_height));
+  sHolder->resize(size.boundedTo(dialog_room(sHolder)));
 }
 
 // Every running instance refreshes its views: the operation has changed directories.

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QMainWindow>
 #include <functional>
+#include <optional>
 #include <set>
 
 #include "commands/ui/associate_dlg.h"
@@ -13,6 +14,7 @@
 #include "commands/ui/pattern_dlg.h"
 #include "commands/ui/property_dlg.h"
 #include "commands/ui/symlink_dlg.h"
+#include "core/toolkit/dialogs.h"
 #include "core/toolkit/message.h"
 #include "core/ui/config_dlg.h"
 #include "tests/face/dialog_fixture.h"
@@ -56,6 +58,17 @@ void Accessible::check(QWidget* window) {
 
 }  // namespace
 
+// Puts the fonts back at the end.
+struct Enlarged {
+  explicit Enlarged(int times) : before(QApplication::font()) {
+    QFont font = before;
+    font.setPointSize(font.pointSize() * times);
+    QApplication::setFont(font);
+  }
+  ~Enlarged() { QApplication::setFont(before); }
+  const QFont before;
+};
+
 TEST_F(Accessible, EveryWindowSpeaksIsDrivenByTabAndClosesByEscape) {
   struct Row {
     const char* what;
@@ -75,8 +88,11 @@ TEST_F(Accessible, EveryWindowSpeaksIsDrivenByTabAndClosesByEscape) {
   write_file(dir_ / "a", "");
   show_directory({"a"});
   check(base_window());
-  for (const Row& row : rows) {
+  std::optional<Enlarged> large;
+  for (size_t i = 0; i < 2 * std::size(rows); ++i) {
+    const Row& row = rows[i % std::size(rows)];
     SCOPED_TRACE(row.what);
+    if (i == std::size(rows)) large.emplace(3);  // the second time as on a small screen at a large scale
     const QWidgetList windows = QApplication::topLevelWidgets();
     std::set<QWidget*> before;
     for (QWidget* window : windows) {
@@ -87,6 +103,7 @@ TEST_F(Accessible, EveryWindowSpeaksIsDrivenByTabAndClosesByEscape) {
     ASSERT_TRUE(window);
     ASSERT_TRUE(activate(window));
     check(window);
+    EXPECT_EQ(window->size().boundedTo(dialog_room(window)), window->size());
     // Tab reaches each button that the mouse reaches, but the other toggles of an exclusive group.
     std::set<QWidget*> reached;
     for (int i = 0; i < 80; i++) {

@@ -3,17 +3,18 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QGuiApplication>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenuBar>
-#include <QScreen>
 #include <QStyle>
+#include <QTimer>
 #include <QToolButton>
 
 #include "core/command_line.h"
 #include "core/history.h"
 #include "core/state.h"
+#include "core/toolkit/contrast_style.h"
+#include "core/toolkit/dialogs.h"
 #include "core/toolkit/fonts.h"
 #include "core/toolkit/icons.h"
 #include "core/ui/exit.h"
@@ -30,12 +31,23 @@
 
 namespace {
 
+void base_colours_changed() {
+  contrast_style_update();
+  tb_curpath_update_appearance();
+}
+
 // Closing by the window manager is the Exit command.
 class BaseWindow : public QMainWindow {
  protected:
   void closeEvent(QCloseEvent* event) override {
     event->ignore();
     fm_exit();
+  }
+  // A theme may tell its colours late, or change them.
+  void changeEvent(QEvent* event) override {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::StyleChange)
+      QTimer::singleShot(0, this, base_colours_changed);
   }
 };
 
@@ -73,11 +85,6 @@ void setup_toolbars() {
 
 int sane(int value, int least, int most) {
   return std::clamp(value, least, std::max(least, most));
-}
-
-QSize desktop_size() {
-  QScreen* screen = QGuiApplication::primaryScreen();
-  return screen ? screen->availableSize() : QSize(1024, 768);
 }
 
 bool typing_in_a_field() {
@@ -132,6 +139,8 @@ void base_create() {
   base_set_divider_metrics(gConfig);
   base_set_window_metrics(gConfig);
   show_sort_method();
+  // A window that is not shown yet is not told of a theme's change.
+  QTimer::singleShot(0, sBase, base_colours_changed);
 }
 
 void base_open(const CommandLine& line) {
@@ -160,7 +169,7 @@ void signal_refresh() {
 }
 
 void base_set_window_metrics(const Settings* record) {
-  const QSize most = desktop_size();
+  const QSize most = dialog_room(sBase);
   const QSize size(sane(record->window_width, 200, most.width()),
                    sane(record->window_height, 150, most.height()));
   sBase->resize(size);
