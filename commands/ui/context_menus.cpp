@@ -10,6 +10,7 @@
 #include "fileops/ui/clipboard.h"
 #include "fileops/ui/edit_menu.h"
 #include "views/ui/base.h"
+#include "views/ui/file_list.h"
 #include "views/ui/tree_pane.h"
 
 namespace {
@@ -101,6 +102,7 @@ void lcm_setup(QMenu* menu) {
 }
 
 void list_cmenu_open(const QPoint& global) {
+  fl_select_pointed();
   list_menu()->popup(global);
 }
 

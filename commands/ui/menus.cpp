@@ -19,6 +19,7 @@
 #include "commands/ui/menu_table.h"
 #include "commands/ui/view_menu.h"
 #include "fileops/ui/edit_menu.h"
+#include "views/ui/file_list.h"
 #include "views/ui/hotlist_menu.h"
 
 namespace {
@@ -26,10 +27,11 @@ struct MenuSetup {
   const char* menu;
   void (*state)(QMenu*);   // enables and marks items
   void (*filled)(QMenu*);  // adds what the menu holds only while it is open; may be null
+  bool on_selection = false;
 };
 const MenuSetup kSetups[] = {
-    {"file_menu", [](QMenu* menu) { fm_setup(menu); }, nullptr},
-    {"edit_menu", em_setup, em_populate},
+    {"file_menu", [](QMenu* menu) { fm_setup(menu); }, nullptr, true},
+    {"edit_menu", em_setup, em_populate, true},
     {"view_menu", vm_setup, nullptr},
     {"go_menu", gm_setup, nullptr},
     {"hotlist_menu", hm_setup, hm_populate},
@@ -56,10 +58,15 @@ void enable_all(QMenu* menu) {
   }
 }
 
+void open_setup(const MenuSetup& setup, QMenu* menu) {
+  if (setup.on_selection) fl_select_pointed();
+  setup.state(menu);
+}
+
 bool run_entry(const MenuEntry& entry, QMenu* top) {
   QAction* action = sItems.value(QString::fromLatin1(entry.id));
   const MenuSetup* setup = setup_of(top);
-  if (setup) setup->state(top);
+  if (setup) open_setup(*setup, top);
   const bool allowed = action && (action->isEnabled() || std::strcmp(entry.id, kOpensAnything) == 0);
   enable_all(top);
   if (allowed && entry.run) entry.run();
@@ -122,7 +129,7 @@ void follow_opening(QMenu* menu) {
   const MenuSetup* setup = setup_of(menu);
   if (!setup) return;
   QObject::connect(menu, &QMenu::aboutToShow, menu, [menu, setup] {
-    setup->state(menu);
+    open_setup(*setup, menu);
     if (setup->filled) setup->filled(menu);
   });
   QObject::connect(menu, &QMenu::aboutToHide, menu, [menu] { enable_all(menu); });

@@ -105,8 +105,12 @@ void em_rename() {
   for (QWidget* window : QApplication::topLevelWidgets()) {
     if (window->objectName() != QLatin1String("property_dlg")) continue;
     if (auto* name = window->findChild<QLineEdit*>(QStringLiteral("pr_name"))) {
+      const qsizetype dot = name->text().lastIndexOf(QLatin1Char('.'));
       name->setFocus();
-      name->selectAll();
+      if (dot > 0)
+        name->setSelection(0, static_cast<int>(dot));  // the suffix mostly stays
+      else
+        name->selectAll();
     }
   }
 }

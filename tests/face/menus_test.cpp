@@ -210,7 +210,7 @@ TEST(Menus, F2OpensThePropertiesOnTheName) {
   QDialog* dialog = open_dialog("property_dlg");
   ASSERT_TRUE(dialog);
   auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("pr_name"));
-  EXPECT_EQ(name->selectedText(), QStringLiteral("name.txt"));
+  EXPECT_EQ(name->selectedText(), QStringLiteral("name"));
   EXPECT_EQ(dialog->focusWidget(), name);
   close_dialog("property_dlg");
 }

@@ -14,6 +14,7 @@
 #include "fileops/ui/clipboard.h"
 #include "fileops/ui/edit_menu.h"
 #include "views/ui/base.h"
+#include "views/ui/file_list.h"
 #include "views/ui/file_list_dnd.h"
 #include "views/ui/file_list_hooks.h"
 #include "views/ui/file_list_view.h"
@@ -26,6 +27,11 @@ int open_file(int i) {
   const DirEntry& entry = *gDir.entries[i];
   const std::string name = entry.name;
   return as_open(name.c_str(), entry.st.st_mode, [](int on) { wblock(base_window(), on); }) > 0 ? 0 : -1;
+}
+
+void on_shown_selection(void (*command)()) {
+  fl_select_pointed();
+  command();
 }
 
 void connect_tool(QMainWindow* window, const char* name, void (*handler)()) {
@@ -56,7 +62,7 @@ void base_wire_menus(QMainWindow* window) {
   menus_create(window);
   connect_tool(window, "tb_add", hm_add);
   connect_tool(window, "tb_hotlist", vm_hotlist_toggle);
-  connect_tool(window, "tb_cut", em_cut);
-  connect_tool(window, "tb_copy", em_copy);
+  connect_tool(window, "tb_cut", [] { on_shown_selection(em_cut); });
+  connect_tool(window, "tb_copy", [] { on_shown_selection(em_copy); });
   connect_tool(window, "tb_paste", em_paste);
 }

@@ -4,6 +4,7 @@
 #include <QScrollBar>
 #include <QTimer>
 #include <cmath>
+#include <utility>
 
 #include "core/interp.h"
 #include "core/settings.h"
@@ -66,10 +67,7 @@ void move_mark(int i) {
 void point_at(int i) {
   const int row = sModel->row_of(i < 0 ? (sModel->has_parent_row() ? -1 : 0) : i);
   if (row < 0) return;
-  const QModelIndex index = sModel->index(row, 0);
-  sView->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
-  sView->set_anchor(row);
-  sView->scrollTo(index);
+  fl_cursor_at(row);
   const int entry = sModel->entry_of(row);
   sParentSelected = entry == -1;
   sPointed = entry_exists(entry) ? gDir.entries[entry] : nullptr;
@@ -170,6 +168,28 @@ bool fl_row_selected(int row) {
   const int i = sModel ? sModel->entry_of(row) : -2;
   if (i == -1) return sParentSelected;
   return entry_exists(i) && ((gDir.entries[i]->flags & ENTRY_SELECTED) || gDir.entries[i] == sPointed);
+}
+
+int fl_first_shown_selected() {
+  for (int i = 0; i < gDir.count; ++i)
+    if (gDir.sel_count > 0 ? bool(gDir.entries[i]->flags & ENTRY_SELECTED) : gDir.entries[i] == sPointed)
+      return i;
+  return -2;
+}
+
+void fl_cursor_at(int row) {
+  row = std::min(row, sModel->rows() - 1);
+  if (row < 0) return;
+  const QModelIndex index = sModel->index(row, 0);
+  sView->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+  sView->set_anchor(row);
+  sView->scrollTo(index);
+}
+
+void fl_select_pointed() {
+  if (!sPointed) return;
+  set_selected(*std::exchange(sPointed, nullptr), true);
+  selection_done();
 }
 
 void fl_select_index(int i) {

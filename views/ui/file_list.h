@@ -6,9 +6,12 @@
 
 // Rebuilds the rows from gDir (after a sort or a reading).
 void fl_update();
-// Re-reads the directory, keeping the first selected entry current. 0, or -1 when the reading failed.
+// Re-reads the directory, keeping the first selected entry current, or the place where it was. 0, or -1 when
+// the reading failed.
 int fl_refresh();
 
+// An entry that was gone to is shown selected, so a command that is now given means it: selects it.
+void fl_select_pointed();
 void fl_select_index(int i);
 void fl_unselect_index(int i);
 void fl_invert_index(int i);

@@ -16,6 +16,10 @@ FileListModel* fl_model();
 
 // Whether the row is shown selected.
 bool fl_row_selected(int row);
+// The first entry that is shown selected, or -2.
+int fl_first_shown_selected();
+// Puts the keyboard's place on the row (or the last one), and leaves selection and current entry alone.
+void fl_cursor_at(int row);
 
 enum FlChoice {
   FL_CHOOSE_ONLY,    // the rows from..to alone

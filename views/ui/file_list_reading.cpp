@@ -104,13 +104,6 @@ bool ReadingGuard::eventFilter(QObject* object, QEvent* event) {
   return true;
 }
 
-std::string first_selected_name() {
-  if (gDir.sel_count <= 0) return {};
-  for (int i = 0; i < gDir.count; ++i)
-    if (gDir.entries[i]->flags & ENTRY_SELECTED) return gDir.entries[i]->name;
-  return {};
-}
-
 void run_what_waited() {
   if (std::function<void()> after = std::exchange(sAfter, {})) {
     sRefreshAgain = false;
@@ -137,11 +130,12 @@ int fl_refresh() {
     sRefreshAgain = true;
     return 0;
   }
-  std::string keep;
-  if (gDir.path == sLastPath)
-    keep = first_selected_name();
-  else
-    sLastPath = gDir.path;
+  const bool same = gDir.path == sLastPath;
+  sLastPath = gDir.path;
+  const int kept = same ? fl_first_shown_selected() : -2;
+  const std::string keep = kept >= 0 ? gDir.entries[kept]->name : std::string();
+  const bool nothing_current = same && gDir.current == -2;
+  const int row = kept >= 0 ? fl_model()->row_of(kept) : fl_view()->currentIndex().row();
   int result;
   {
     ReadingGuard guard(base_window());
@@ -150,10 +144,10 @@ int fl_refresh() {
   }
   gDir.sel_count = gDir.sel_dir_count = 0;
   fl_update();
-  if (!keep.empty())
-    fl_goto_index(find_name(keep.c_str()));
-  else
-    fl_goto_index(-1);
+  const int found = keep.empty() ? -2 : find_name(keep.c_str());
+  const bool gone = found < 0 && (kept >= 0 || nothing_current);
+  fl_goto_index(found >= 0 || gone ? found : -1);
+  if (gone) fl_cursor_at(row);  // a list does not jump to its top because something was deleted
   desk_status(1, "");
   run_what_waited();
   return result;
