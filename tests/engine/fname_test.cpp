@@ -24,17 +24,13 @@ struct Encoding {
 }  // namespace
 
 TEST(Fname, DecodesByMode) {
-  struct Row {
+  const struct {
     uint32_t mode;
     const char *charset, *name, *shown;  // shown null: the very argument
     int count;
-  };
-  const Row rows[] = {
+  } rows[] = {
       {0, "", "caf\xc3\xa9", nullptr, 0},
-      {0, "",
-       "a\xff"
-       "b",
-       "?a?b", 1},
+      {0, "", "a\xff.", "?a?.", 1},
       {0, "", "\xff\xfe", "???", 2},
       {0, "", "\xc3", "??", 1},
       {0, "", "\xc0\xaf", "???", 2},            // overlong
@@ -49,7 +45,7 @@ TEST(Fname, DecodesByMode) {
       {SET_ENC_ALTERNATE, "SHIFT_JIS", "a\xff/b", "?a??b", 2},
       {SET_ENC_UTF8_ALTERNATE, "EUC-JP", "\xa4\xa2\xff", "?\xe3\x81\x82?", 1},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     Encoding encoding(row.mode, row.charset);
     int count = -1;
     const char* shown = fname_decode(row.name, &count);
@@ -62,12 +58,11 @@ TEST(Fname, DecodesByMode) {
 }
 
 TEST(Fname, EncodesOnlyWhereItIsAskedTo) {
-  struct Row {
+  const char* cafe = "caf\xc3\xa9";
+  const struct {
     uint32_t mode;
     const char *charset, *text, *disk;  // disk equal to text: the very argument; null: refused
-  };
-  const char* cafe = "caf\xc3\xa9";
-  const Row rows[] = {
+  } rows[] = {
       {0, "ISO-8859-1", cafe, cafe},
       {SET_ENC_UTF8_ALTERNATE, "ISO-8859-1", cafe, cafe},
       {SET_ENC_ALTERNATE, "", cafe, cafe},
@@ -76,12 +71,15 @@ TEST(Fname, EncodesOnlyWhereItIsAskedTo) {
       {SET_ENC_ALTERNATE, "ISO-8859-1", "\xff", nullptr},
       {SET_ENC_ALTERNATE, "UTF-16LE", "ab", nullptr},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     Encoding encoding(row.mode, row.charset);
     EXPECT_STREQ(fname_encode(row.text), row.disk) << row.mode << row.charset;
-    if (row.disk == row.text) {
-      EXPECT_EQ(fname_encode(row.text), row.text);
-    }
+    EXPECT_TRUE(row.disk != row.text || fname_encode(row.text) == row.text) << row.mode << row.charset;
+  }
+  Encoding encoding(SET_ENC_ALTERNATE, "ISO-8859-1");
+  for (int byte = 1; byte < 256; ++byte) {
+    const std::string name = {'a', static_cast<char>(byte)}, shown = fname_decode(name.c_str());
+    EXPECT_STREQ(fname_encode(shown.c_str()), name.c_str()) << byte;
   }
 }
 
@@ -97,17 +95,6 @@ TEST(Fname, LongTextsAreCutAtWholeCharactersAndNeverHalfEncoded) {
   EXPECT_EQ(fname_encode(text.substr(1, 2048).c_str()), nullptr);
   const std::string decoded = fname_decode(std::string(3000, '\xe9').c_str());
   EXPECT_EQ(decoded.size(), 1022u);
-}
-
-TEST(Fname, EveryByteComesBackFromDecodeAndEncode) {
-  Encoding encoding(SET_ENC_ALTERNATE, "ISO-8859-1");
-  for (int byte = 1; byte < 256; ++byte) {
-    const std::string name = {'a', static_cast<char>(byte)};
-    const std::string shown = fname_decode(name.c_str());
-    const char* back = fname_encode(shown.c_str());
-    ASSERT_TRUE(back) << byte;
-    EXPECT_EQ(back, name) << byte;
-  }
 }
 
 TEST(Fname, ThreadsDoNotDisturbEachOther) {

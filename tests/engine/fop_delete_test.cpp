@@ -1,111 +1,83 @@
 #include "tests/engine/fop_run.h"
 
 namespace {
-struct DeleteTest : testing::Test {
-  TempDir dir;
-  FopRun run;
-  void make(const std::string& script) { ASSERT_EQ(run_shell("cd '" + dir.path() + "' && " + script), 0); }
-  FopRun remove(std::vector<std::string> names, uint32_t flags = 0, std::vector<int> answers = {}) {
-    return FopRun{FOP_DELETE, dir.path(), std::move(names), "", flags, std::move(answers)};
-  }
-  std::string left() {
-    std::string text;
-    run_shell("cd '" + dir.path() + "' && find . -mindepth 1 | sort | tr '\\n' ' '", &text);
-    return text;
+struct DeleteTest : FopTest {
+  // Deletes the names in "from"; what is left there.
+  std::string left_without(Names names, uint32_t flags = 0, std::vector<int> answers = {}) {
+    go(FOP_DELETE, std::move(names), "", std::move(answers), flags);
+    return dir.listing("from");
   }
 };
 const std::string kAsk = "|@&Skip|&Delete|de&Lete all|#&Abort", kFailed = "|@&Continue|#&Abort";
 }  // namespace
 
 TEST_F(DeleteTest, TheDeepestGoesFirstAndIsTold) {
-  make("mkdir -p d/e && echo 1 >d/e/f && ln -s gone d/l && mkfifo d/p && ln d/e/f g");
-  run = remove({"g", "d"});
-  fop_run(&run);
+  dir.shell("cd from && mkdir -p d/e && echo 1 >d/e/f && ln -s gone d/l && mkfifo d/p && ln d/e/f g");
+  EXPECT_EQ(left_without({"g", "d"}), "");
   EXPECT_TRUE(run.asked.empty());
-  EXPECT_EQ(left(), "");
   ASSERT_EQ(run.done.size(), 6u);
-  EXPECT_EQ(run.done[0], dir / "d/e/f");
-  EXPECT_EQ(run.done[4], dir / "d");
-  EXPECT_EQ(run.done[5], dir / "g");
+  EXPECT_EQ(run.done[0], dir / "from/d/e/f");
+  EXPECT_EQ(run.done[4], dir / "from/d");
+  EXPECT_EQ(run.done[5], dir / "from/g");
   EXPECT_STREQ(run.shown.back().header, "Deleting");
   EXPECT_EQ(run.items, 6);
 }
 
 TEST_F(DeleteTest, QuestionsFollowFlagsAndAnswers) {
-  struct Row {
+  const std::string unwriteable = "Delete|Unwriteable file '" + (dir / "from/r") + "'\n" + kAsk,
+                    plain = "Delete|File '" + (dir / "from/w") + "'\n" + kAsk;
+  const struct {
     uint32_t flags;
     std::vector<int> answers;
-    std::vector<std::string> asked;  // the path stands for '%'
+    Names asked;
     const char* left;
     bool aborted;
-  };
-  const std::string unwriteable = "Delete|Unwriteable file '%r'\n" + kAsk,
-                    plain = "Delete|File '%w'\n" + kAsk;
-  const Row rows[] = {
-      {0, {1}, {unwriteable}, "./r ", false},
+  } rows[] = {
+      {0, {1}, {unwriteable}, "r ", false},
       {0, {2}, {unwriteable}, "", false},
-      {0, {}, {unwriteable}, "./r ./w ", true},
+      {0, {}, {unwriteable}, "r w ", true},
       {FOP_DELETE_ALL, {}, {}, "", false},
-      {FOP_CONFIRM_EACH, {2, 1}, {unwriteable, plain}, "./w ", false},
+      {FOP_CONFIRM_EACH, {2, 1}, {unwriteable, plain}, "w ", false},
       {FOP_CONFIRM_EACH, {3}, {unwriteable}, "", false},
       {FOP_CONFIRM_EACH | FOP_DELETE_ALL, {}, {}, "", false},
   };
-  for (const Row& row : rows) {
-    make("rm -f r w; echo 1 >r && chmod 444 r && echo 2 >w");
-    run = remove({"w", "r"}, row.flags, row.answers);
-    fop_run(&run);
-    std::vector<std::string> asked = row.asked;
-    for (std::string& text : asked) text.replace(text.find('%'), 1, dir.path() + "/");
-    EXPECT_EQ(run.asked, asked);
-    EXPECT_EQ(left(), row.left);
+  for (const auto& row : rows) {
+    dir.shell("cd from && rm -f r w && echo 1 >r && chmod 444 r && echo 2 >w");
+    EXPECT_EQ(left_without({"w", "r"}, row.flags, row.answers), row.left);
+    EXPECT_EQ(run.asked, row.asked);
     EXPECT_EQ(run.aborted, row.aborted);
   }
 }
 
 TEST_F(DeleteTest, WhatWasSkippedKeepsItsDirectory) {
-  make("mkdir d && echo 1 >d/r && chmod 444 d/r && echo 2 >d/w");
-  run = remove({"d"}, 0, {1, 1});
-  fop_run(&run);
-  EXPECT_EQ(run.asked, (std::vector<std::string>{"Delete|Unwriteable file '" + (dir / "d/r") + "'\n" + kAsk,
-                                                 "Delete|Unable to delete '" + (dir / "d") +
-                                                     "'\nDirectory not empty\n" + kFailed}));
-  EXPECT_EQ(left(), "./d ./d/r ");
+  dir.shell("cd from && mkdir d && echo 1 >d/r && chmod 444 d/r && echo 2 >d/w");
+  EXPECT_EQ(left_without({"d"}, 0, {1, 1}), "d d/r ");
+  EXPECT_EQ(run.asked,
+            (Names{"Delete|Unwriteable file '" + (dir / "from/d/r") + "'\n" + kAsk,
+                   "Delete|Unable to delete '" + (dir / "from/d") + "'\nDirectory not empty\n" + kFailed}));
 }
 
-TEST_F(DeleteTest, ATreeOfAThousandLevelsGoes) {
-  // Longer than any path the system takes at once.
-  make(
-      "python3 -c \"import os\nfor i in range(1000):\n os.mkdir('level-%04d' % i); os.chdir('level-%04d' % "
-      "i)\n"
+TEST_F(DeleteTest, NamesOfAnyBytesGoAndATreeDeeperThanAnyPath) {
+  Names names = {"new\nline", "'quote\"", "-rf", " ", "\xff\xfe", std::string(255, 'n'), "*"};
+  for (const std::string& name : names) write_file(dir / "from/" + name, "1");
+  names.push_back("level");
+  dir.shell(
+      "cd from && python3 -c \"import os\nfor i in range(1000):\n os.mkdir('level'); os.chdir('level')\n"
       "open('file','w')\"");
-  run = remove({"level-0000"});
-  fop_run(&run);
-  EXPECT_TRUE(run.asked.empty()) << run.asked[0];
-  EXPECT_EQ(left(), "");
+  EXPECT_EQ(left_without(names), "");
+  EXPECT_TRUE(run.asked.empty());
+  EXPECT_EQ(run.items, 1008);
 }
 
 TEST_F(DeleteTest, ADirectorySwappedForALinkLeadsNowhere) {
-  make(
-      "mkdir -p d/e outside && echo 1 >d/e/f && echo precious >outside/f && for i in $(seq 200); do echo "
-      ">d/$i; done");
-  run = remove({"d"}, 0, {1, 1, 1, 1});
+  dir.shell("mkdir -p from/d/e outside && echo 1 >from/d/e/f && echo precious >outside/f");
+  dir.shell("cd from/d && seq 200 | xargs touch");
   bool swapped = false;
-  run.watch = [&](fop_control&, int) {
+  go(FOP_DELETE, {"d"}, "", {1, 1, 1, 1}, 0, [&](fop_control&, int) {
     if (!swapped)
-      swapped = rename((dir / "d/e").c_str(), (dir / "was").c_str()) == 0 &&
-                symlink((dir / "outside").c_str(), (dir / "d/e").c_str()) == 0;
-  };
-  fop_run(&run);
+      swapped = rename((dir / "from/d/e").c_str(), (dir / "was").c_str()) == 0 &&
+                symlink((dir / "outside").c_str(), (dir / "from/d/e").c_str()) == 0;
+  });
   EXPECT_TRUE(swapped);
   EXPECT_EQ(read_file(dir / "outside/f"), "precious\n");
-}
-
-TEST_F(DeleteTest, NamesOfAnyBytesGo) {
-  const std::vector<std::string> names = {"new\nline",           "'quote\"", "-rf", " ", "\xff\xfe",
-                                          std::string(255, 'n'), "*"};
-  for (const std::string& name : names) write_file(dir / name, "1");
-  run = remove(names);
-  fop_run(&run);
-  EXPECT_EQ(left(), "");
-  EXPECT_EQ(run.items, static_cast<int>(names.size()));
 }

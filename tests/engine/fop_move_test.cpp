@@ -1,161 +1,112 @@
 #include "tests/engine/fop_run.h"
 
 namespace {
-struct MoveTest : testing::Test {
-  TempDir dir;
+struct MoveTest : FopTest {
   OtherSystem other;
-  void SetUp() override {
-    mkdir((dir / "from").c_str(), 0755);
-    mkdir((dir / "to").c_str(), 0755);
+  std::string swapped_away(const std::string& tree) {
+    return rename(tree.c_str(), (tree + ".was").c_str()) == 0 &&
+                   symlink((dir / "outside").c_str(), tree.c_str()) == 0
+               ? tree + ".was"
+               : "";
   }
-  FopRun move(std::vector<std::string> names, const std::string& to, std::vector<int> answers = {}) {
-    return FopRun{FOP_MOVE, dir / "from", std::move(names), to, 0, std::move(answers)};
-  }
-  std::string listing(const std::string& path) {
-    std::string text;
-    run_shell("cd '" + path + "' && find . | sort | tr '\\n' ' '", &text);
-    return text;
-  }
-  void make(const std::string& script) { ASSERT_EQ(run_shell("cd '" + dir.path() + "' && " + script), 0); }
 };
-const std::string kConflict = "&Skip|&Overwrite|Overwrite &All|a&Bort";
 }  // namespace
 
 TEST_F(MoveTest, OnOneFileSystemEveryItemIsRenamed) {
-  make(
-      "mkdir from/d && echo 1 >from/d/f && echo 2 >from/f && ln -s gone from/l && mkfifo from/p && chmod 0 "
-      "from/f");
-  struct stat before, after;
-  stat((dir / "from/d").c_str(), &before);
-  FopRun run = move({"d", "f", "", "l", "p"}, dir / "to");
-  fop_run(&run);
+  dir.shell("cd from && mkdir d && echo 1 >d/f && echo 2 >f && ln -s gone l && mkfifo p && chmod 0 f");
+  const std::string inode = dir.shell("stat -c %i from/d");
+  go(FOP_MOVE, {"d", "f", "", "l", "p"}, dir / "to");
   EXPECT_TRUE(run.asked.empty());
   EXPECT_FALSE(run.aborted);
-  EXPECT_EQ(listing(dir / "to"), ". ./d ./d/f ./f ./l ./p ");
-  EXPECT_EQ(listing(dir / "from"), ". ");
-  stat((dir / "to/d").c_str(), &after);
-  EXPECT_EQ(before.st_ino, after.st_ino);
-  const std::string from = dir / "from";
-  EXPECT_EQ(run.done, (std::vector<std::string>{from + "/d", from + "/f", from + "/l", from + "/p"}));
+  EXPECT_EQ(dir.listing("from") + "/ " + dir.listing("to"), "/ d d/f f l p ");
+  EXPECT_EQ(dir.shell("stat -c %i to/d"), inode);
+  EXPECT_EQ(run.done, (Names{dir / "from/d", dir / "from/f", dir / "from/l", dir / "from/p"}));
   EXPECT_EQ(run.items, 5);
 }
 
 TEST_F(MoveTest, TheFirstFinishedItemAnswersAllLaterQuestions) {
-  struct Row {
-    std::vector<int> answers;
-    size_t questions;
-    std::string from, to;  // contents of a, b, c: n new, o old, - none
+  const struct {
+    int answer;
+    const char *left, *moved;  // of a, b, c; what stands at the destination: n new, o old
     bool aborted;
-  };
-  const Row rows[] = {{{2}, 1, "---", "nnn", false},
-                      {{1}, 1, "n--", "onn", false},
-                      {{3}, 1, "---", "nnn", false},
-                      {{4}, 1, "nnn", "ooo", true}};
-  for (const Row& row : rows) {
-    make("for n in a b c; do echo n >from/$n; echo o >to/$n; done");
-    FopRun run = move({"a", "b", "c"}, dir / "to", row.answers);
-    fop_run(&run);
-    ASSERT_EQ(run.asked.size(), row.questions);
-    EXPECT_EQ(run.asked[0],
-              "Move|The '" + (dir / "to/a") + "' file exists.\nWhat do you want to do ?\n|" + kConflict);
-    std::string from, to;
-    for (const char* name : {"a", "b", "c"}) {
-      from += (read_file(dir / "from/" + name) + "-")[0];
-      to += (read_file(dir / "to/" + name) + "-")[0];
-    }
-    EXPECT_EQ(from, row.from) << row.answers[0];
-    EXPECT_EQ(to, row.to) << row.answers[0];
+  } rows[] = {
+      {2, "", "nnn", false}, {1, "a ", "onn", false}, {3, "", "nnn", false}, {4, "a b c ", "ooo", true}};
+  for (const auto& row : rows) {
+    dir.shell("rm -f from/* && for n in a b c; do echo n >from/$n; echo o >to/$n; done");
+    go(FOP_MOVE, {"a", "b", "c"}, dir / "to", {row.answer});
+    EXPECT_EQ(run.asked, Names{"Move|The '" + (dir / "to/a") + kConflict});
+    EXPECT_EQ(dir.listing("from"), row.left) << row.answer;
+    EXPECT_EQ(dir.shell("cat to/* | tr -d '\\n'"), row.moved) << row.answer;
     EXPECT_EQ(run.aborted, row.aborted);
   }
 }
 
 TEST_F(MoveTest, ADanglingLinkInTheWayIsAskedAboutAndAHardLinkGoes) {
-  make("echo 1 >from/f && ln -s gone to/f && echo 2 >from/h && ln from/h to/h");
-  FopRun run = move({"f"}, dir / "to", {4});
-  fop_run(&run);
+  dir.shell("echo 1 >from/f && ln -s gone to/f && echo 2 >from/h && ln from/h to/h");
+  go(FOP_MOVE, {"f"}, dir / "to", {4});
   EXPECT_EQ(run.asked.size(), 1u);
-  EXPECT_EQ(read_file(dir / "from/f"), "1\n");
-  run = move({"h"}, dir / "to", {2});
-  fop_run(&run);
-  EXPECT_FALSE(path_exists(dir / "from/h"));
-  EXPECT_EQ(read_file(dir / "to/h"), "2\n");
+  go(FOP_MOVE, {"h"}, dir / "to", {2});
+  EXPECT_EQ(dir.listing("from") + read_file(dir / "from/f") + read_file(dir / "to/h"), "f 1\n2\n");
 }
 
 TEST_F(MoveTest, BetweenFileSystemsTheCopiedSourcesGo) {
   SKIP_WITHOUT(other);
-  make(
-      "mkdir -p from/d/e && echo 1 >from/d/e/f && ln -s f from/d/e/l && mkfifo from/d/p && echo 2 >from/g && "
-      "chmod 555 from/d && cp -a from copy");
-  FopRun run = move({"d", "g"}, other.path(), {2});
-  fop_run(&run);
+  dir.shell(
+      "cd from && mkdir -p d/e && echo 1 >d/e/f && ln -s f d/e/l && mkfifo d/p && echo 2 >g && chmod 555 d "
+      "&& "
+      "cp -a . ../copy");
+  go(FOP_MOVE, {"d", "g"}, other.path, {2});
   EXPECT_EQ(run.asked.size(), 1u);
-  EXPECT_EQ(listing(dir / "from"), ". ");
-  std::string moved, original;
+  EXPECT_EQ(dir.listing("from"), "");
   const std::string list =
-      " && find d g -type d -printf '%p %m %T@\\n' -o -printf '%p %y %m %s %l %T@\\n' | sort";
-  run_shell("cd '" + other.path() + "'" + list, &moved);
-  run_shell("cd '" + (dir / "copy") + "'" + list, &original);
-  EXPECT_EQ(moved, original);
+      " && find d g -printf '%p %y %m %l %T@ ' \\( -type d -o -printf %s \\) -printf '\\n' | sort";
+  EXPECT_EQ(dir.shell("cd '" + other.path + "'" + list), dir.shell("cd copy" + list));
   EXPECT_EQ(read_file(other / "d/e/f") + read_file(other / "g"), "1\n2\n");
 }
 
 TEST_F(MoveTest, WhatWasSkippedKeepsItsSourceAndAllElseGoes) {
   SKIP_WITHOUT(other);
-  make("mkdir -p from/d/s from/z && for f in a b s/c; do echo new >from/d/$f; done; echo 1 >from/z/k");
-  mkdir((other / "d").c_str(), 0755);
-  write_file(other / "d/b", "old");
-  // The move's own question about d and z, then the file's; the directory that holds it back comes last.
-  FopRun run = move({"d", "z"}, other.path(), {2, 1});
-  fop_run(&run);
-  ASSERT_EQ(run.asked.size(), 3u);
-  EXPECT_EQ(run.asked[0].substr(0, 5), "Move|");
-  EXPECT_EQ(run.asked[1].substr(0, 10), "Copy/Move|");
-  EXPECT_EQ(run.asked[2],
-            "Delete|Unable to delete '" + (dir / "from/d") + "'\nDirectory not empty\n|@&Continue|#&Abort");
-  EXPECT_EQ(listing(dir / "from"), ". ./d ./d/b ");
-  EXPECT_EQ(read_file(other / "d/b") + read_file(other / "d/s/c"), "oldnew\n");
+  dir.shell("cd from && mkdir -p d/s z && for f in d/a d/b d/s/c z/k; do echo new >$f; done");
+  dir.shell("mkdir -p '" + (other / "d/s") + "' && echo old >'" + (other / "d/s/c") + "'");
+  // The move's own question about d and z, then the file's; the directories that hold it back come last.
+  go(FOP_MOVE, {"d", "z"}, other.path, {2, 1, 1, 1});
+  const std::string held = "Delete|Unable to delete '" + dir.path() + "/from/",
+                    why = "'\nDirectory not empty\n|@&Continue|#&Abort";
+  EXPECT_EQ(run.asked,
+            (Names{"Move|The '" + (other / "d") + kConflict,
+                   "Copy/Move|The '" + (other / "d/s/c") + kConflict, held + "d/s" + why, held + "d" + why}));
+  EXPECT_EQ(dir.listing("from"), "d d/s d/s/c ");
+  EXPECT_EQ(read_file(other / "d/s/c") + read_file(other / "d/b"), "old\nnew\n");
 }
 
 TEST_F(MoveTest, AnInterruptedMoveRemovesExactlyWhatIsComplete) {
   SKIP_WITHOUT(other);
   for (int percent : {5, 30, 55, 80, 95}) {
-    make(
-        "rm -rf from && mkdir -p from/d/e from/d/empty && for i in 0 1 2 3 4 5 6 7 8 9; do "
-        "head -c 300000 /dev/urandom >from/d/$i; head -c 300000 /dev/urandom >from/d/e/$i; done; cp -a "
-        "from/d all");
-    run_shell("rm -rf '" + (other / "d") + "'");
-    FopRun run = move({"d"}, other.path());
-    run.watch = [percent](fop_control& control, int now) {
+    dir.shell("rm -rf from all '" + (other / "d") +
+              "' && mkdir -p from/d/e from/d/empty && cd from/d && "
+              "for f in $(seq 10) e/1 e/2 e/3 e/4 e/5; do head -c 300000 /dev/urandom >$f; done; cp -a . "
+              "../../all");
+    go(FOP_MOVE, {"d"}, other.path, {}, 0, [percent](fop_control& control, int now) {
       if (now >= percent) control.cancel = 1;
-    };
-    fop_run(&run);
+    });
     EXPECT_TRUE(run.aborted);
     EXPECT_TRUE(run.asked.empty()) << testing::PrintToString(run.asked);
     // Each file is whole at exactly one of the two places.
-    std::string found;
-    run_shell("cd '" + dir.path() +
-                  "' && for f in $(cd all && find . -type f); do a=0; b=0; "
-                  "[ -e from/d/$f ] && cmp -s all/$f from/d/$f && a=1; "
-                  "[ -e '" +
-                  other.path() + "'/d/$f ] && b=2 && { cmp -s all/$f '" + other.path() +
-                  "'/d/$f || b=9; }; "
-                  "echo $((a+b)); done | sort | uniq | tr '\\n' ' '; rm -rf all",
-              &found);
-    EXPECT_EQ(found, "1 2 ") << percent;
+    const std::string places = dir.shell(
+        "for f in $(cd all && find . -type f); do for d in from '" + other.path +
+        "'; do [ ! -e $d/d/$f ] || { cmp -s all/$f $d/d/$f && echo $f || echo part; }; done; done | sort");
+    EXPECT_EQ(places, dir.shell("cd all && find . -type f | sort")) << percent;
   }
 }
 
 TEST_F(MoveTest, ASourceThatChangedAfterItsCopyStays) {
   SKIP_WITHOUT(other);
-  make("echo first >from/a && head -c 5000000 /dev/zero >from/b");
-  FopRun run = move({"a", "b"}, other.path(), {1});
-  run.watch = [this](fop_control&, int percent) {
+  dir.shell("echo first >from/a && head -c 5000000 /dev/zero >from/b");
+  go(FOP_MOVE, {"a", "b"}, other.path, {1}, 0, [this](fop_control&, int percent) {
     if (percent >= 50) write_file(dir / "from/a", "later");
-  };
-  fop_run(&run);
-  EXPECT_EQ(run.asked,
-            std::vector<std::string>{"Delete|Unable to delete '" + (dir / "from/a") +
-                                     "'\nIt has changed since it was copied\n|@&Continue|#&Abort"});
+  });
+  EXPECT_EQ(run.asked, Names{"Delete|Unable to delete '" + (dir / "from/a") +
+                             "'\nIt has changed since it was copied\n|@&Continue|#&Abort"});
   EXPECT_EQ(read_file(dir / "from/a"), "later");
   EXPECT_EQ(read_file(other / "a"), "first\n");
   EXPECT_FALSE(path_exists(dir / "from/b"));
@@ -176,38 +127,29 @@ TEST_F(MoveTest, NoItemReplacesAnotherOfTheSameOperation) {
 
 TEST_F(MoveTest, WhatALinkLedToIsNotRemoved) {
   SKIP_WITHOUT(other);
-  make("mkdir real && echo 1 >real/f && echo 2 >single && ln -s ../real from/ld && ln -s ../single from/lf");
-  FopRun run = move({"ld", "lf"}, other.path());
-  run.flags = FOP_FOLLOW_LINKS;
+  dir.shell(
+      "mkdir real && echo 1 >real/f && echo 2 >single && ln -s ../real from/ld && ln -s ../single from/lf");
   // A rename would move the links themselves; to another file system what they point to is copied.
-  fop_run(&run);
+  go(FOP_MOVE, {"ld", "lf"}, other.path, {}, FOP_FOLLOW_LINKS);
   EXPECT_TRUE(run.asked.empty());
   EXPECT_EQ(read_file(other / "ld/f") + read_file(other / "lf"), "1\n2\n");
-  EXPECT_EQ(listing(dir / "from"), ". ");
+  EXPECT_EQ(dir.listing("from"), "");
   EXPECT_EQ(read_file(dir / "real/f") + read_file(dir / "single"), "1\n2\n");
 }
 
 TEST_F(MoveTest, ADirectorySwappedForALinkLeadsNowhere) {
   SKIP_WITHOUT(other);
-  for (const char* side : {"source", "destination"}) {
-    make(
-        "rm -rf from outside && mkdir -p from/d outside && head -c 3000000 /dev/zero >from/a && echo 1 "
-        ">from/d/f && "
-        "echo precious >outside/f");
-    run_shell("rm -rf '" + other.path() + "'/*");
-    FopRun run = move({"d", "a"}, other.path(), {1, 1, 1, 1, 1});
-    const std::string tree = side[0] == 's' ? dir / "from/d" : other / "d";
-    bool swapped = false;
-    run.watch = [&](fop_control&, int percent) {
-      if (percent < 30 || swapped) return;
-      swapped = rename(tree.c_str(), (tree + ".was").c_str()) == 0 &&
-                symlink((dir / "outside").c_str(), tree.c_str()) == 0;
-    };
-    fop_run(&run);
-    EXPECT_TRUE(swapped);
+  for (const std::string& tree : {dir / "from/d", other / "d"}) {
+    dir.shell("rm -rf from outside '" + other.path +
+              "'/* && mkdir -p from/d outside && echo 1 >from/d/f && " +
+              "head -c 3000000 /dev/zero >from/a && echo precious >outside/f");
+    std::string away;
+    go(FOP_MOVE, {"d", "a"}, other.path, {1, 1, 1, 1, 1}, 0, [&](fop_control&, int percent) {
+      if (percent >= 30 && away.empty()) away = swapped_away(tree);
+    });
+    EXPECT_NE(away, "");
     EXPECT_FALSE(run.asked.empty());
-    EXPECT_EQ(listing(dir / "outside"), ". ./f ") << side;
-    EXPECT_EQ(read_file(dir / "outside/f"), "precious\n") << side;
-    EXPECT_EQ(read_file(side[0] == 's' ? dir / "from/d.was/f" : dir / "from/d/f"), "1\n") << side;
+    EXPECT_EQ(dir.listing("outside") + read_file(dir / "outside/f"), "f precious\n") << tree;
+    EXPECT_EQ(read_file(tree == dir / "from/d" ? away + "/f" : dir / "from/d/f"), "1\n") << tree;
   }
 }

@@ -1,18 +1,15 @@
 // Runs one operation on the terminal's desktop with prepared answers, and keeps what it showed and asked.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <atomic>
-#include <string>
-#include <vector>
 
 #include "fileops/fop.h"
 #include "platform/desktop.h"
 #include "platform/terminal/terminal.h"
 #include "tests/support/temp_dir.h"
+
+constexpr char kConflict[] =
+    "' file exists.\nWhat do you want to do ?\n|&Skip|&Overwrite|Overwrite &All|a&Bort";
 
 struct FopRun {
   int kind = FOP_COPY;
@@ -21,8 +18,8 @@ struct FopRun {
   std::string to = {};
   uint32_t flags = 0;
   std::vector<int> answers = {};
-  std::function<void(TerminalAlert&)> on_alert = {};
   std::function<void(fop_control&, int)> watch = {};
+  std::function<void(TerminalAlert&)> on_alert = {};
   // Results.
   bool aborted = false;
   int items = 0;
@@ -58,27 +55,36 @@ inline void fop_run(FopRun* run) {
     run->asked.push_back(alert.title + "|" + alert.message + "|" + alert.buttons);
 }
 
-// A directory on another file system than the temporary directory, gone at the end; empty where there is
-// none.
-class OtherSystem {
- public:
+// Operations from dir's "from", mostly to its "to".
+struct FopTest : testing::Test {
+  using Names = std::vector<std::string>;
+  TempDir dir;
+  FopRun run;
+  void SetUp() override { dir.shell("mkdir from to"); }
+  void go(int kind, Names names, const std::string& to, std::vector<int> answers = {}, uint32_t flags = 0,
+          std::function<void(fop_control&, int)> watch = {}) {
+    run = FopRun{kind, dir / "from", std::move(names), to, flags, std::move(answers), std::move(watch)};
+    fop_run(&run);
+  }
+};
+
+// A directory on another file system than the temporary directory; its path is empty where there is none.
+struct OtherSystem {
+  std::string path;
   OtherSystem() {
-    std::string name = "/dev/shm/zan-test-XXXXXX";
     struct stat here, there;
+    std::string name = "/dev/shm/zan-test-XXXXXX";
     if (!mkdtemp(name.data())) return;
-    path_ = name;
-    if (stat("/tmp", &here) != 0 || stat(name.c_str(), &there) != 0 || here.st_dev == there.st_dev)
-      rmdir(name.c_str()), path_.clear();
+    if (stat("/tmp", &here) == 0 && stat(name.c_str(), &there) == 0 && here.st_dev != there.st_dev)
+      path = name;
+    else
+      rmdir(name.c_str());
   }
   ~OtherSystem() {
-    if (!path_.empty()) run_shell("chmod -R u+rwX '" + path_ + "'; rm -rf '" + path_ + "'");
+    if (!path.empty()) run_shell("chmod -R u+rwX '" + path + "'; rm -rf '" + path + "'");
   }
-  const std::string& path() const { return path_; }
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
+  std::string operator/(const std::string& name) const { return path + "/" + name; }
 };
 
 #define SKIP_WITHOUT(other) \
-  if ((other).path().empty()) GTEST_SKIP() << "no second file system at /dev/shm"
+  if ((other).path.empty()) GTEST_SKIP() << "no second file system at /dev/shm"

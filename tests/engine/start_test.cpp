@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cstdlib>
-#include <vector>
 
 #include "core/command_line.h"
 #include "core/state.h"
@@ -14,96 +9,85 @@ namespace {
 struct Arguments {
   std::vector<std::string> texts{"zan"};
   std::vector<char*> pointers;
-  Arguments(std::initializer_list<std::string> more) { texts.insert(texts.end(), more); }
-  int count() const { return static_cast<int>(texts.size()); }
-  char** data() {
-    pointers.clear();
+  Arguments(std::initializer_list<std::string> more) {
+    texts.insert(texts.end(), more);
     for (std::string& text : texts) pointers.push_back(text.data());
-    return pointers.data();
   }
+  std::string start_directory() {
+    return state_start_directory(static_cast<int>(texts.size()), pointers.data());
+  }
+  CommandLine parse() { return command_line_parse(static_cast<int>(texts.size()), pointers.data()); }
 };
+
+std::string start_directory(std::initializer_list<std::string> arguments) {
+  return Arguments(arguments).start_directory();
+}
+CommandLine parsed(std::initializer_list<std::string> arguments) {
+  return Arguments(arguments).parse();
+}
 }  // namespace
 
 TEST(Start, FindsTheStartDirectory) {
   TempDir dir;
-  mkdir((dir / "docs").c_str(), 0700);
-  mkdir((dir / "-odd").c_str(), 0700);
-  write_file(dir / "file", "");
+  dir.shell("mkdir docs gone -- -odd && touch file");
   ASSERT_EQ(chdir(dir.path().c_str()), 0);
   const std::string& here = dir.path();
-  const std::pair<Arguments, std::string> rows[] = {
-      {{}, here},
-      {{"-x10", "/tmp"}, "/tmp"},
-      {{"-x", "10", "/tmp"}, here},  // the scan knows nothing of values: "10" is the argument
-      {{"-x10", "-S", "--help", "docs"}, here + "/docs"},
-      {{"docs", "/tmp"}, here + "/docs"},
-      {{"docs/"}, here + "/docs"},
-      {{"./docs/../docs"}, here + "/./docs/../docs"},
-      {{"-odd"}, here},
-      {{"file"}, here},
-      {{"missing"}, here},
-      {{""}, here},
-      {{std::string(5000, 'a')}, here},
-  };
-  for (auto [arguments, expected] : rows)
-    EXPECT_EQ(state_start_directory(arguments.count(), arguments.data()), expected) << arguments.texts.back();
+  EXPECT_EQ(start_directory({}), here);
+  EXPECT_EQ(start_directory({"-x10", "/tmp"}), "/tmp");
+  EXPECT_EQ(start_directory({"-x", "10", "/tmp"}), here);  // the scan knows nothing of values
+  EXPECT_EQ(start_directory({"-x10", "-S", "--help", "docs"}), here + "/docs");
+  EXPECT_EQ(start_directory({"docs/", "/tmp"}), here + "/docs");
+  EXPECT_EQ(start_directory({"./docs/../docs"}), here + "/./docs/../docs");
+  for (const std::string& no_directory : {std::string("-odd"), std::string("file"), std::string("missing"),
+                                          std::string(""), std::string(5000, 'a')})
+    EXPECT_EQ(start_directory({no_directory}), here) << no_directory;
 
   // Too far down for its name to be had: what is relative to it could not be read again.
-  hostile_chain_make(dir.path(), 600);
+  hostile_chain_make(here, 600);
   for (int level = 0; level < 599; ++level) ASSERT_EQ(chdir("d"), 0);
-  Arguments none{}, relative{"d"}, absolute{dir / "docs"};
-  EXPECT_EQ(state_start_directory(relative.count(), relative.data()), "/");
-  EXPECT_EQ(state_start_directory(absolute.count(), absolute.data()), dir / "docs");
-  ASSERT_EQ(chdir(here.c_str()), 0);
+  EXPECT_EQ(start_directory({"d"}), "/");
+  EXPECT_EQ(start_directory({dir / "docs"}), dir / "docs");
 
-  mkdir((dir / "gone").c_str(), 0700);
   ASSERT_EQ(chdir((dir / "gone").c_str()), 0);
   ASSERT_EQ(rmdir((dir / "gone").c_str()), 0);
-  EXPECT_EQ(state_start_directory(none.count(), none.data()), "/");
-  EXPECT_EQ(state_start_directory(relative.count(), relative.data()), "/");
+  EXPECT_EQ(start_directory({}), "/");
+  EXPECT_EQ(start_directory({"d"}), "/");
 }
 
 TEST(Start, FindsOrCreatesTheSettingsDirectory) {
-  struct Row {
-    const char *what, *prepare, *message;  // message: null when the directory can be used
+  const std::string create = "ZAN error: unable to create config directory ",
+                    access = "ZAN error: unable to access config directory ";
+  const struct {
+    const char* prepare;
+    std::string message;  // empty when the directory can be used
+    unsigned mode;
+  } rows[] = {
+      {"mkdir .vr", "", 0700},
+      {"mkdir -p -m 755 .vr/zan", "", 0755},
+      {"true", create, 0xffff},
+      {"mkdir .vr; touch .vr/zan", access, 0644},
+      {"mkdir .vr; ln -s nowhere .vr/zan", create, 0777},
+      {"rm -r ../home; touch ../home", create, 0xffff},
   };
-  const Row rows[] = {
-      {"parent there", "mkdir .vr", nullptr},
-      {"all there", "mkdir -p .vr/zan", nullptr},
-      {"parent missing", "true", "ZAN error: unable to create config directory "},
-      {"a file", "mkdir .vr; touch .vr/zan", "ZAN error: unable to access config directory "},
-      {"a dangling link", "mkdir .vr; ln -s nowhere .vr/zan",
-       "ZAN error: unable to create config directory "},
-      {"home is a file", "rm -r ../home; touch ../home", "ZAN error: unable to create config directory "},
-  };
-  for (const Row& row : rows) {
-    TempDir dir;
-    const std::string home = dir / "home", path = home + "/.vr/zan";
-    run_shell("mkdir '" + home + "'; cd '" + home + "'; " + row.prepare);
-    setenv("HOME", home.c_str(), 1);
-    testing::internal::CaptureStderr();
-    const std::string found = state_settings_directory();
-    const std::string message = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(found, row.message ? "" : path) << row.what;
-    EXPECT_EQ(message, row.message ? row.message + path + "\n" : "") << row.what;
-    struct stat status;
-    const bool created = !row.message && row.what[0] == 'p';
-    ASSERT_EQ(stat(path.c_str(), &status) == 0 && (status.st_mode & 07777) == 0700, created) << row.what;
-  }
-}
-
-TEST(Start, ARelativeHomeStaysTheOneOfTheStart) {
-  TempDir dir;
-  run_shell("mkdir -p '" + dir / "home/.vr" + "'");
-  ASSERT_EQ(chdir(dir.path().c_str()), 0);
-  setenv("HOME", "home", 1);
-  EXPECT_EQ(state_settings_directory(), dir / "home/.vr/zan") << "created";
-  EXPECT_EQ(state_settings_directory(), dir / "home/.vr/zan") << "found";
+  umask(022);
+  for (const auto& row : rows)
+    for (const bool relative : {false, true}) {
+      TempDir dir;
+      dir.shell(std::string("mkdir home && cd home && ") + row.prepare);
+      ASSERT_EQ(chdir(dir.path().c_str()), 0);
+      const std::string home = relative ? "home" : dir / "home", path = dir / "home/.vr/zan";
+      setenv("HOME", home.c_str(), 1);
+      testing::internal::CaptureStderr();
+      const std::string found = state_settings_directory();
+      const std::string message = testing::internal::GetCapturedStderr();
+      EXPECT_EQ(found, row.message.empty() ? path : "") << row.prepare;
+      EXPECT_EQ(message, row.message.empty() ? "" : row.message + home + "/.vr/zan\n") << row.prepare;
+      EXPECT_EQ(mode_of(path), row.mode) << row.prepare;
+    }
 }
 
 TEST(Start, ParsesItsOwnOptions) {
-  Arguments joined{"-x10", "-y-20", "-w300", "-h200", "-Sm", "-s:5", "/tmp", "-q"};
-  CommandLine line = command_line_parse(joined.count(), joined.data());
+  CommandLine line = parsed({"-x10", "-y-20", "-w300", "-h200", "-Sm", "-s:5", "/tmp", "-q"});
   EXPECT_FALSE(line.bad) << "what follows the directory is ignored";
   EXPECT_EQ(line.x, 10);
   EXPECT_EQ(line.y, -20);
@@ -111,32 +95,15 @@ TEST(Start, ParsesItsOwnOptions) {
   EXPECT_EQ(line.h, 200);
   EXPECT_EQ(line.state, 'm');
   EXPECT_EQ(line.server, ":5");
-  Arguments separate{"-x", "-10", "-S", "i"};
-  line = command_line_parse(separate.count(), separate.data());
+  line = parsed({"-x", "-10", "-S", "i"});
   EXPECT_EQ(line.x, -10);
   EXPECT_EQ(line.state, 'i');
-
-  struct Row {
-    Arguments arguments;
-    bool bad, help, version;
-  };
-  Row rows[] = {
-      {{"--help"}, false, true, false},
-      {{"-x10", "--version"}, false, false, true},
-      {{"-q"}, true, false, false},
-      {{"-q10", "/tmp"}, true, false, false},
-      {{"--nonsense"}, true, false, false},
-      {{"-x"}, true, false, false},
-      {{"-xabc", "-Sz"}, false, false, false},
-      {{"-x99999999999"}, false, false, false},
-      {{"--", "-q"}, false, false, false},
-      {{"-", "-q"}, false, false, false},
-  };
-  for (Row& row : rows) {
-    line = command_line_parse(row.arguments.count(), row.arguments.data());
-    EXPECT_EQ(line.bad, row.bad) << row.arguments.texts[1];
-    EXPECT_EQ(line.help, row.help) << row.arguments.texts[1];
-    EXPECT_EQ(line.version, row.version) << row.arguments.texts[1];
-    EXPECT_FALSE(line.x && row.arguments.texts[1] != "-x10") << row.arguments.texts[1];
+  EXPECT_TRUE(parsed({"--help"}).help);
+  EXPECT_TRUE(parsed({"-x10", "--version"}).version);
+  for (const char* bad : {"-q", "-q10", "--nonsense", "-x"}) EXPECT_TRUE(parsed({bad}).bad) << bad;
+  for (const char* good : {"-xabc", "-Sz", "-x99999999999", "--", "-"}) {
+    line = parsed({good});
+    EXPECT_FALSE(line.bad || line.help || line.x) << good;
   }
+  EXPECT_FALSE(parsed({"--", "-q"}).bad);
 }

@@ -1,92 +1,51 @@
 #include "commands/symlink.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "tests/support/temp_dir.h"
 
-namespace {
-
-std::string target_of(const std::string& path) {
-  char text[4096];
-  const ssize_t length = readlink(path.c_str(), text, sizeof text);
-  return length < 0 ? "" : std::string(text, length);
-}
-
-}  // namespace
-
 TEST(Symlink, StepsByWhatStandsAtTheDestination) {
-  TempDir dir;
-  write_file(dir / "file", "kept");
-  ASSERT_EQ(mkdir((dir / "folder").c_str(), 0700), 0);
-  ASSERT_EQ(symlink("old target", (dir / "link").c_str()), 0);
-  struct Row {
-    const char *source, *destination;
+  TempDir dir, other;
+  dir.shell("printf kept >file && mkdir folder && ln -s 'old target' link");
+  const std::string fits(1026 - dir.path().size() - 2, 'x'), elsewhere = other / "y";
+  using enum SymlinkStep;
+  const struct {
+    std::string source, destination;
     SymlinkStep step;
     const char *title, *text;
-  };
-  const Row rows[] = {
-      {"", "x", SymlinkStep::NOTHING, "", ""},
-      {"file", "", SymlinkStep::NOTICE, "Input Error", "Symlink destination name must be entered!"},
-      {"file", "file", SymlinkStep::NOTICE, "Symlink Error", "'file' exists and is not a symlink.\n"},
-      {"file", "folder", SymlinkStep::NOTICE, "Symlink Error", "'folder' exists and is not a symlink.\n"},
-      {"file", "link", SymlinkStep::ASK, "Symlink Exists",
+    bool by_path_manager = false, overwrite = false;
+  } rows[] = {
+      {"", "x", NOTHING, "", ""},
+      {"file", "", NOTICE, "Input Error", "Symlink destination name must be entered!"},
+      {"file", "file", NOTICE, "Symlink Error", "'file' exists and is not a symlink.\n"},
+      {"file", "folder", NOTICE, "Symlink Error", "'folder' exists and is not a symlink.\n"},
+      // Between the question and its answer a file took the link's place.
+      {"file", "file", NOTICE, "Symlink Error", "'file' exists and is not a symlink.\n", false, true},
+      {"file", "link", ASK, "Symlink Exists",
        "The destination symlink exists.\nDo you want to overwrite it ?"},
-      {"file", "no/way", SymlinkStep::NOTICE, "Symlink Error",
+      {"file", "link", NOTICE, "Symlink Error",
+       "link: unable to create symlink\nError: Function not implemented\n", true, true},
+      {"file", "no/way", NOTICE, "Symlink Error",
        "no/way: unable to create symlink\nError: No such file or directory\n"},
-      {"file", "new", SymlinkStep::DONE, "", ""},
-      {"file", "folder/new", SymlinkStep::DONE, "", ""},
-      {"-odd 'name'\n", "odd", SymlinkStep::DONE, "", ""},
+      // A target that does not fit is refused, not cut.
+      {fits + "x", "new", NOTICE, "Symlink Error",
+       "new: unable to create symlink\nError: File name too long\n"},
+      {fits, "new", DONE, "", ""},
+      {"file", "folder/new", DONE, "", ""},
+      {"-odd 'name'\n", "odd", DONE, "", ""},
+      {"x", elsewhere, DONE, "", ""},
   };
-  for (const Row& row : rows) {
-    const SymlinkResult result = symlink_create(dir.path(), row.source, row.destination, false, false);
+  for (const auto& row : rows) {
+    const SymlinkResult result =
+        symlink_create(dir.path(), row.source, row.destination, row.by_path_manager, row.overwrite);
     EXPECT_EQ(result.step, row.step) << row.destination;
     EXPECT_EQ(result.title, row.title) << row.destination;
     EXPECT_EQ(result.text, row.text) << row.destination;
   }
-  EXPECT_EQ(target_of(dir / "new"), dir / "file");
-  EXPECT_EQ(target_of(dir / "folder/new"), dir / "file");
-  EXPECT_EQ(target_of(dir / "odd"), dir / "-odd 'name'\n");
-  EXPECT_EQ(target_of(dir / "link"), "old target") << "replaced without an answer";
+  EXPECT_EQ(link_target(dir / "new"), dir / fits);
+  EXPECT_EQ(link_target(dir / "folder/new"), dir / "file");
+  EXPECT_EQ(link_target(dir / "odd"), dir / "-odd 'name'\n");
+  EXPECT_EQ(link_target(elsewhere), dir / "x");
+  EXPECT_EQ(link_target(dir / "link"), "old target") << "replaced without an answer, or by a failure";
   EXPECT_EQ(read_file(dir / "file"), "kept");
-}
-
-TEST(Symlink, AnAbsoluteDestinationStandsAsItIs) {
-  TempDir dir, other;
-  EXPECT_EQ(symlink_create(dir.path(), "x", other / "y", false, false).step, SymlinkStep::DONE);
-  EXPECT_EQ(target_of(other / "y"), dir / "x");
-}
-
-TEST(Symlink, ReplacesTheOldLinkOnceAgreed) {
-  TempDir dir;
-  ASSERT_EQ(symlink("old target", (dir / "link").c_str()), 0);
-  EXPECT_EQ(symlink_create(dir.path(), "file", "link", false, true).step, SymlinkStep::DONE);
-  EXPECT_EQ(target_of(dir / "link"), dir / "file");
-}
-
-// Between the question and its answer a file took the link's place.
-TEST(Symlink, AnswerDoesNotCoverAFileThatCameSince) {
-  TempDir dir;
-  write_file(dir / "link", "precious");
-  const SymlinkResult result = symlink_create(dir.path(), "file", "link", false, true);
-  EXPECT_EQ(result.step, SymlinkStep::NOTICE);
-  EXPECT_EQ(read_file(dir / "link"), "precious");
-}
-
-TEST(Symlink, FailureLeavesTheOldLink) {
-  TempDir dir;
-  ASSERT_EQ(symlink("old target", (dir / "link").c_str()), 0);
-  const SymlinkResult result = symlink_create(dir.path(), "file", "link", true, true);
-  EXPECT_EQ(result.text, "link: unable to create symlink\nError: Function not implemented\n");
-  EXPECT_EQ(target_of(dir / "link"), "old target");
-}
-
-TEST(Symlink, ATargetThatDoesNotFitIsRefusedNotCut) {
-  TempDir dir;
-  const std::string source(1026 - dir.path().size() - 1, 'x');
-  EXPECT_EQ(symlink_create(dir.path(), source, "link", false, false).text,
-            "link: unable to create symlink\nError: File name too long\n");
-  EXPECT_FALSE(path_exists(dir / "link"));
-  EXPECT_EQ(symlink_create(dir.path(), source.substr(1), "link", false, false).step, SymlinkStep::DONE);
+  EXPECT_EQ(symlink_create(dir.path(), "file", "link", false, true).step, DONE);
+  EXPECT_EQ(link_target(dir / "link"), dir / "file");
 }

@@ -1,12 +1,8 @@
 #include "tests/support/stand_ins.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <thread>
 
 #include "platform/host.h"
 
@@ -44,6 +40,11 @@ const std::vector<std::string>& hostile_names() {
                                               " ",
                                               std::string(255, 'n')};
   return names;
+}
+
+std::string as_received(std::string name) {
+  for (size_t at = 0; (at = name.find('\'', at)) != std::string::npos;) name.replace(at, 1, "\\047");
+  return name;
 }
 
 StandIns::StandIns() {
@@ -106,20 +107,14 @@ std::vector<StandIns::Call> StandIns::read_calls() const {
 }
 
 std::vector<StandIns::Call> StandIns::calls(size_t count) {
-  for (int i = 0; i < 6000; ++i) {
-    if (const auto calls = read_calls(); calls.size() >= count) return calls;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  ADD_FAILURE() << "the call never came";
-  return {count, Call(8)};
+  return calls_of("", count);
 }
 
 std::vector<StandIns::Call> StandIns::calls_of(const std::string& name, size_t count) {
-  for (int i = 0; i < 6000; ++i) {
+  for (int i = 0; i < 6000; ++i, usleep(10000)) {
     std::vector<Call> calls = read_calls();
-    std::erase_if(calls, [&](const Call& call) { return call[0] != name; });
+    std::erase_if(calls, [&](const Call& call) { return !name.empty() && call[0] != name; });
     if (calls.size() >= count) return calls;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   ADD_FAILURE() << name << " was never called";
   return {count, Call(8)};

@@ -10,6 +10,9 @@
 // Each would leave a file "canary" if anything of it were executed as it stands in the directory shown.
 const std::vector<std::string>& hostile_names();
 
+// A name as a started program gets it: the quoting passes a single quote on as four characters.
+std::string as_received(std::string name);
+
 class StandIns {
  public:
   using Call = std::vector<std::string>;  // the program's name, then its arguments

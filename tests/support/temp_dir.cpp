@@ -1,9 +1,6 @@
 #include "tests/support/temp_dir.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
@@ -23,6 +20,16 @@ TempDir::~TempDir() {
   run_shell("chmod -R u+rwX '" + path_ + "' 2>/dev/null; rm -rf '" + path_ + "'");
 }
 
+std::string TempDir::shell(const std::string& script) const {
+  std::string output;
+  EXPECT_EQ(run_shell("cd '" + path_ + "' && " + script, &output), 0) << script;
+  return output;
+}
+
+std::string TempDir::listing(const std::string& below) const {
+  return shell("find '" + below + "' -mindepth 1 -printf '%P\\n' | LC_ALL=C sort | tr '\\n' ' '");
+}
+
 void write_file(const std::string& path, const std::string& text, unsigned mode) {
   std::ofstream(path, std::ios::binary) << text;
   ASSERT_EQ(chmod(path.c_str(), mode), 0) << path;
@@ -34,9 +41,26 @@ std::string read_file(const std::string& path) {
   return text.str();
 }
 
+bool comes_to_hold(const std::string& path, const std::string& text) {
+  for (int i = 0; i < 6000; ++i, usleep(10000))
+    if (path_exists(path) && read_file(path).find(text) != std::string::npos) return true;
+  return false;
+}
+
 bool path_exists(const std::string& path) {
   struct stat status;
   return lstat(path.c_str(), &status) == 0;
+}
+
+unsigned mode_of(const std::string& path) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0xffff;
+}
+
+std::string link_target(const std::string& path) {
+  char text[4096];
+  const ssize_t length = readlink(path.c_str(), text, sizeof text);
+  return length < 0 ? "" : std::string(text, static_cast<size_t>(length));
 }
 
 int run_shell(const std::string& command, std::string* output) {
