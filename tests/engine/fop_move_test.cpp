@@ -114,14 +114,10 @@ TEST_F(MoveTest, ASourceThatChangedAfterItsCopyStays) {
 
 TEST_F(MoveTest, NoItemReplacesAnotherOfTheSameOperation) {
   SKIP_WITHOUT(other);
-  make("echo 1 >from/f && echo 2 >from/l");
-  symlink("f", (other / "l").c_str());
-  FopRun run = move({"f", "l"}, other.path(), {1});
-  run.flags = FOP_OVERWRITE_ALL;
-  fop_run(&run);
-  EXPECT_EQ(run.asked, std::vector<std::string>{"Copy/Move|Error writing '" + (other / "l") +
-                                                "'\nAnother item of this operation is already "
-                                                "there\n|&Continue|&Abort"});
+  dir.shell("echo 1 >from/f && echo 2 >from/l && ln -s f '" + (other / "l") + "'");
+  go(FOP_MOVE, {"f", "l"}, other.path, {1}, FOP_OVERWRITE_ALL);
+  EXPECT_EQ(run.asked, Names{"Copy/Move|Error writing '" + (other / "l") +
+                             "'\nAnother item of this operation is already there\n|&Continue|&Abort"});
   EXPECT_EQ(read_file(other / "f") + read_file(dir / "from/l"), "1\n2\n");
 }
 
