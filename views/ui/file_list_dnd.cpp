@@ -99,6 +99,7 @@ class DropTarget : public QObject {
     wfocus(list_);
     if (!on_header_) scroll_.start();
     answer(event);
+    event->accept();  // whatever is under the pointer now: who refuses the entry gets no moves
   }
 
   void move(QDragMoveEvent* event) {
