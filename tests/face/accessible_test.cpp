@@ -1,10 +1,5 @@
 #include <QAbstractButton>
 #include <QAccessible>
-#include <QApplication>
-#include <QLabel>
-#include <QMainWindow>
-#include <functional>
-#include <optional>
 #include <set>
 
 #include "commands/ui/associate_dlg.h"
@@ -15,107 +10,93 @@
 #include "commands/ui/property_dlg.h"
 #include "commands/ui/symlink_dlg.h"
 #include "core/toolkit/dialogs.h"
-#include "core/toolkit/message.h"
 #include "core/ui/config_dlg.h"
-#include "tests/face/dialog_fixture.h"
-#include "views/ui/base.h"
+#include "tests/face/window_test.h"
 
 namespace {
 
-class Accessible : public DialogTest {
+class Accessible : public WindowTest {
  protected:
-  static std::string spoken(QWidget* widget) {
-    QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(widget);
-    return interface ? interface->text(QAccessible::Name).toStdString() : "";
+  void TearDown() override {
+    QApplication::setFont(font_);
+    WindowTest::TearDown();
   }
   static std::string describe(const QWidget* widget) {
     return std::string(widget->metaObject()->className()) + " " + widget->objectName().toStdString();
   }
-  static QWidget* new_window(const std::set<QWidget*>& before) {
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-      if (window->isVisible() && !before.count(window)) return window;
-    }
-    return nullptr;
+  static std::set<QWidget*> windows() {
+    std::set<QWidget*> visible;
+    for (QWidget* window : QApplication::topLevelWidgets())
+      if (window->isVisible()) visible.insert(window);
+    return visible;
   }
   static void check(QWidget* window);
+  static void walk(QWidget* window);
+  const QFont font_ = QApplication::font();
 };
 
 // What a screen reader can be on has a name, and no text is hidden behind another one's name.
 void Accessible::check(QWidget* window) {
   for (QWidget* widget : window->findChildren<QWidget*>()) {
     if (widget->window() != window || !widget->isVisible()) continue;
+    QString heard = QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
     if (widget->focusPolicy() & Qt::TabFocus && !widget->focusProxy()) {
-      EXPECT_NE(spoken(widget), "") << describe(widget);
+      EXPECT_FALSE(heard.isEmpty()) << describe(widget);
     }
     auto* label = qobject_cast<QLabel*>(widget);
     if (!label || label->text().isEmpty() || label->textFormat() == Qt::RichText) continue;
     QString text = label->text();
     if (label->buddy()) text.remove(QLatin1Char('&'));
-    QString heard = QString::fromStdString(spoken(label));
     EXPECT_EQ(heard.remove(QChar(0x200b)), text.remove(QChar(0x200b))) << describe(label);
+  }
+}
+
+// Tab reaches each button that the mouse reaches, but the other toggles of an exclusive group.
+void Accessible::walk(QWidget* window) {
+  std::set<QWidget*> reached;
+  for (int i = 0; i < 80; i++) {
+    reached.insert(QApplication::focusWidget());
+    press(Qt::Key_Tab);
+  }
+  for (auto* button : window->findChildren<QAbstractButton*>()) {
+    if (button->window() != window || !button->isVisible() || !button->isEnabled()) continue;
+    if (button->autoExclusive() || button->group() || !(button->focusPolicy() & Qt::TabFocus)) continue;
+    EXPECT_TRUE(reached.count(button)) << describe(button);
   }
 }
 
 }  // namespace
 
-// Puts the fonts back at the end.
-struct Enlarged {
-  explicit Enlarged(int times) : before(QApplication::font()) {
-    QFont font = before;
-    font.setPointSize(font.pointSize() * times);
-    QApplication::setFont(font);
-  }
-  ~Enlarged() { QApplication::setFont(before); }
-  const QFont before;
-};
-
 TEST_F(Accessible, EveryWindowSpeaksIsDrivenByTabAndClosesByEscape) {
-  struct Row {
-    const char* what;
-    std::function<void()> open;
+  const std::function<void()> dialogs[] = {
+      property_dlg_open,
+      [] { new_dlg_open(1); },
+      [] { pattern_dlg_open(0); },
+      symlink_dlg_open,
+      config_dlg_open,
+      associate_dlg_open,
+      open_with_open,
+      help_about,
+      help_quickref,
   };
-  const Row rows[] = {
-      {"property_dlg", property_dlg_open},
-      {"new_dlg", [] { new_dlg_open(1); }},
-      {"pattern_dlg", [] { pattern_dlg_open(0); }},
-      {"symlink_dlg", symlink_dlg_open},
-      {"config_dlg", config_dlg_open},
-      {"associate_dlg", associate_dlg_open},
-      {"open_with", open_with_open},
-      {"about", help_about},
-      {"quickref", help_quickref},
-  };
-  write_file(dir_ / "a", "");
-  show_directory({"a"});
+  show({"a"}, {"a"});
   check(base_window());
-  std::optional<Enlarged> large;
-  for (size_t i = 0; i < 2 * std::size(rows); ++i) {
-    const Row& row = rows[i % std::size(rows)];
-    SCOPED_TRACE(row.what);
-    if (i == std::size(rows)) large.emplace(3);  // the second time as on a small screen at a large scale
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    std::set<QWidget*> before;
-    for (QWidget* window : windows) {
-      if (window->isVisible()) before.insert(window);
-    }
-    row.open();
-    QWidget* window = new_window(before);
-    ASSERT_TRUE(window);
+  for (size_t i = 0; i < 2 * std::size(dialogs); ++i) {
+    SCOPED_TRACE(i);
+    QFont large = font_;  // the second time as on a small screen at a large scale
+    large.setPointSize(font_.pointSize() * (i < std::size(dialogs) ? 1 : 3));
+    QApplication::setFont(large);
+    const std::set<QWidget*> before = windows();
+    dialogs[i % std::size(dialogs)]();
+    std::set<QWidget*> opened = windows();
+    for (QWidget* window : before) opened.erase(window);
+    ASSERT_EQ(opened.size(), 1u);
+    QWidget* window = *opened.begin();
     ASSERT_TRUE(activate(window));
     check(window);
     EXPECT_EQ(window->size().boundedTo(dialog_room(window)), window->size());
-    // Tab reaches each button that the mouse reaches, but the other toggles of an exclusive group.
-    std::set<QWidget*> reached;
-    for (int i = 0; i < 80; i++) {
-      reached.insert(QApplication::focusWidget());
-      press(Qt::Key_Tab);
-    }
-    for (auto* button : window->findChildren<QAbstractButton*>()) {
-      if (button->window() != window || !button->isVisible() || !button->isEnabled()) continue;
-      if (button->autoExclusive() || button->group() || !(button->focusPolicy() & Qt::TabFocus)) continue;
-      EXPECT_TRUE(reached.count(button)) << describe(button);
-    }
+    walk(window);
     press(Qt::Key_Escape);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return new_window(before) == nullptr; }));
+    EXPECT_TRUE(wait_for([&] { return windows() == before; }));
   }
 }

@@ -1,24 +1,10 @@
-#include <gtest/gtest.h>
+#include "platform/desktop.h"
 
-#include <QApplication>
-#include <QDialog>
-#include <QElapsedTimer>
-#include <QTest>
-#include <QTimer>
 #include <atomic>
 #include <thread>
 
-#include "platform/desktop.h"
 #include "platform/qt/desktop_qt.h"
-
-namespace {
-int shown_windows(const QString& title) {
-  int count = 0;
-  for (QWidget* widget : QApplication::topLevelWidgets())
-    count += widget->isVisible() && widget->windowTitle() == title;
-  return count;
-}
-}  // namespace
+#include "tests/face/window_test.h"
 
 TEST(Desktop, CallsAreRunInsideNestedLoopsAndInOrder) {
   std::vector<int> order;
@@ -32,51 +18,56 @@ TEST(Desktop, CallsAreRunInsideNestedLoopsAndInOrder) {
   dialog.exec();
   worker.join();
   EXPECT_TRUE(waited && on_thread);
-  ASSERT_EQ(order.size(), 100u);
+  EXPECT_EQ(order.size(), 100u);
   EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
 }
 
 TEST(Desktop, AFloodOfCallsLeavesRoomForOtherEvents) {
   std::atomic<bool> stop{false};
+  std::atomic<int> ended{0};
   std::vector<std::thread> flood;
   for (int i = 0; i < 4; ++i)
     flood.emplace_back([&] {
       while (!stop) desk_call([] { std::this_thread::sleep_for(std::chrono::microseconds(200)); });
+      ++ended;
     });
   int ticks = 0;  // were one drain to go on as long as calls wait, no timer would ever fire
   QTimer tick;
   QObject::connect(&tick, &QTimer::timeout, [&] { ++ticks; });
   tick.start(1);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return ticks >= 20; }, 60000));
+  EXPECT_TRUE(wait_for([&] { return ticks >= 20; }));
   stop = true;
-  std::atomic<int> joined{0};
-  std::thread joiner([&] {
-    for (auto& thread : flood) thread.join();
-    joined = 1;
-  });
-  EXPECT_TRUE(QTest::qWaitFor([&] { return joined == 1; }));
-  joiner.join();
+  EXPECT_TRUE(wait_for([&] { return ended == 4; }));
+  for (auto& thread : flood) thread.join();
 }
 
 TEST(Desktop, PendingEventsSleepsUntilWokenOrCalled) {
   desk_pending_events();
   for (const auto& wake :
        {std::function<void()>(desk_wake), std::function<void()>([] { desk_post([] {}); })}) {
+    std::atomic<bool> woken{false};
     std::thread waker([&] {
       std::this_thread::sleep_for(std::chrono::milliseconds(30));
+      woken = true;
       wake();
     });
-    QElapsedTimer slept;
-    slept.start();
-    desk_pending_events(100000000);
+    int turns = 0;  // it may also return for another event, but does not spin
+    for (; !woken; ++turns) desk_pending_events(100000000);
+    EXPECT_LT(turns, 20);
     waker.join();
-    EXPECT_GE(slept.elapsed(), 20);
   }
   desk_wake();  // before the sleep: not lost
   desk_pending_events(100000000);
 }
 
 TEST(Desktop, WorkersWaitForTheirOwnAnswersAndEndAnswersTheRestWithEscape) {
+  const auto open = [] {
+    QList<QWidget*> found = QApplication::topLevelWidgets();
+    found.removeIf([](QWidget* widget) {
+      return !widget->isVisible() || widget->windowTitle() != QStringLiteral("Worker");
+    });
+    return found;
+  };
   std::vector<int> answers(6, 0);
   std::atomic<int> done{0};
   std::vector<std::thread> workers;
@@ -85,29 +76,30 @@ TEST(Desktop, WorkersWaitForTheirOwnAnswersAndEndAnswersTheRestWithEscape) {
       answers[i] = desk_alert("Worker", std::to_string(i), "@&Skip|&Retry|#&Abort");
       ++done;
     });
-  ASSERT_TRUE(QTest::qWaitFor([] { return shown_windows(QStringLiteral("Worker")) == 6; }));
-  for (QWidget* widget : QApplication::topLevelWidgets())
-    if (widget->accessibleDescription() == QStringLiteral("4")) QTest::keyClick(widget, Qt::Key_R);
-  ASSERT_TRUE(QTest::qWaitFor([&] { return done == 1; }));
+  ASSERT_TRUE(wait_for([&] { return open().size() == 6; }));
+  EXPECT_TRUE(wait_for([&] {
+    for (QWidget* widget : open())
+      if (widget->accessibleDescription() == QStringLiteral("4")) QTest::keyClick(widget, Qt::Key_R);
+    return done == 1;
+  }));
   EXPECT_EQ(answers[4], 2);
   desk_end();
   for (auto& worker : workers) worker.join();
   EXPECT_EQ(answers, (std::vector<int>{3, 3, 3, 3, 2, 3}));
   EXPECT_EQ(desk_alert("Worker", "late", "&Skip|&Abort"), 2);
-  EXPECT_TRUE(QTest::qWaitFor([] { return shown_windows(QStringLiteral("Worker")) == 0; }));
+  EXPECT_TRUE(wait_for([&] { return open().isEmpty(); }));
   desktop_qt_reset();
 }
 
 TEST(Desktop, ATimerMayStopItselfAndOthers) {
-  int calls = 0, other = 0, first = 0, second = 0;
-  second = desk_timer_start(1000000, [&] { ++other; });
+  int calls = 0, ticks = 0, first = 0, second = 0;
+  second = desk_timer_start(1000000, [] {});
   first = desk_timer_start(1, [&] {
     if (++calls < 3) return;
-    desk_timer_stop(first);
-    desk_timer_stop(second);
-    desk_timer_stop(second);
+    for (int timer : {first, second, second}) desk_timer_stop(timer);
   });
-  EXPECT_TRUE(QTest::qWaitFor([&] { return calls == 3; }));
-  QTest::qWait(20);
+  const int clock = desk_timer_start(1, [&] { ++ticks; });
+  EXPECT_TRUE(wait_for([&] { return ticks > 20; }));
+  desk_timer_stop(clock);
   EXPECT_EQ(calls, 3);
 }

@@ -1,182 +1,130 @@
 #include "commands/ui/file_menu.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QMainWindow>
-#include <QMenu>
+#include <QComboBox>
 
 #include "commands/associations.h"
-#include "commands/ui/menus.h"
-#include "core/state.h"
-#include "dirmodel/dir_record.h"
+#include "commands/ui/open_with.h"
+#include "core/history.h"
 #include "platform/host.h"
-#include "tests/face/dialog_fixture.h"
+#include "tests/face/window_test.h"
 #include "tests/support/stand_ins.h"
-#include "views/ui/base.h"
-#include "views/ui/file_list.h"
-#include "views/ui/navigation.h"
 
 namespace {
 using Call = StandIns::Call;
 
-class FileMenu : public DialogTest {
+class FileMenu : public WindowTest {
  protected:
   void SetUp() override {
-    DialogTest::SetUp();
-    programs_.add("terminal");
-    programs_.add("zan");
-    programs_.add("lpr");
+    WindowTest::SetUp();
+    for (const char* name : {"terminal", "zan", "lpr"}) programs_.add(name);
     host_set_program("zan");
     as_replace({"*.a\topen a\tview a\tedit a", "*.b\topen b\t\t ", "*.c\t\tview c\t"});
-    for (const char* name : {"1.a", "2.b", "3.c", "none"}) write_file(dir_ / name, "");
     write_file(dir_ / "run", "", 0755);
-    ASSERT_EQ(run_shell("mkdir '" + (dir_ / "sub") + "' '" + (dir_ / "sub2") + "'"), 0);
-    show_directory();
+    show({"1.a", "2 b.b", "3.c", "none", "sub/", "sub2/"});
   }
   void TearDown() override {
     host_set_program("");
-    DialogTest::TearDown();
+    WindowTest::TearDown();
   }
-  void select(const std::vector<std::string>& names) {
+  void choose(const Texts& names) {
     programs_.clear();
-    show_directory(names);
-  }
-  void focus_on(const std::string& name) {
-    for (int i = 0; i < gDir.count; ++i)
-      if (name == gDir.entries[i]->name) gDir.current = i;
+    show({}, names);
+    gDir.current = names.empty() ? -1 : index_of(names[0]);
   }
   // The commands given to terminals, sorted: they are started side by side.
-  std::vector<std::string> commands(size_t count) {
-    std::vector<std::string> list;
+  Texts commands(size_t count) {
+    Texts list;
     for (const Call& call : programs_.calls_of("terminal", count)) list.push_back(call.back());
     std::sort(list.begin(), list.end());
     return list;
   }
-  static void back_to_list() {
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // of the dialog that closed
-    base_window()->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(base_window()));
-    base_find_widget("filelist")->setFocus();
-  }
-  static std::string status_text() {
-    return base_find_widget("status1")->property("text").toString().toStdString();
-  }
   StandIns programs_;
 };
-
-using Commands = std::vector<std::string>;
 }  // namespace
 
-TEST_F(FileMenu, OpensTheFocusedEntryOrTheSelectedOnes) {
-  focus_on("1.a");
-  fm_open();
-  EXPECT_EQ(commands(1), (Commands{"open a '1.a' "}));
-  select({"1.a", "2.b", "none", "run"});
-  focus_on("1.a");
-  fm_open();
-  EXPECT_EQ(commands(3), (Commands{"./run", "open a '1.a' ", "open b '2.b' "}));
-  select({"sub", "sub2"});
-  fm_open();
+TEST_F(FileMenu, EachCommandTakesTheSelectedFilesItIsFor) {
+  gConfig->print[0] = 0;
+  const Texts all{"1.a", "2 b.b", "3.c", "none", "sub"};
+  const struct {
+    int (*run)();
+    Texts selected, commands;
+  } rows[] = {
+      {fm_open, {"1.a", "2 b.b", "none", "run"}, {"./run", "open a '1.a' ", "open b '2 b.b' "}},
+      {fm_open, {"sub", "sub2"}, {}},
+      {fm_view, all, {"view a '1.a' ", "view c '3.c' "}},
+      {fm_edit, all, {"edit a '1.a' ", "kored '2 b.b' ", "kored '3.c' ", "kored 'none' "}},
+      {fm_print, {"1.a", "2 b.b", "none"}, {"lpr '1.a' '2 b.b' 'none' "}},
+      {fm_print, {"2 b.b"}, {"lpr '2 b.b' "}},
+      {fm_print, {"2 b.b", "sub"}, {}},
+      {fm_print, {}, {}},
+      {fm_open_another, {"sub", "sub2"}, {}},
+      {fm_open_another, {"1.a"}, {}},
+  };
+  for (const auto& row : rows) {
+    choose(row.selected);
+    row.run();
+    EXPECT_EQ(commands(row.commands.size()), row.commands) << &row - rows;
+    EXPECT_EQ(programs_.calls(0).size(), row.commands.size()) << &row - rows;
+    if (row.commands.size() == 1) {
+      EXPECT_EQ(status(1), row.selected.size() > 1 ? "3 items printed" : "'2 b.b' printed");
+    }
+  }
   EXPECT_EQ(gDir.path, dir_.path());
-  select({"sub"});
+  choose({"sub", "1.a"});  // what comes behind the directory is not looked for in it
+  write_file(dir_ / "sub/1.a", "");
+  write_file(dir_ / "sub/sub", "");
   fm_open();
   EXPECT_EQ(gDir.path, dir_ / "sub");
-  EXPECT_TRUE(programs_.calls(0).empty());
-}
-
-TEST_F(FileMenu, ViewsAndEditsEachFileByItsOwnCommand) {
-  const std::vector<std::string> all{"1.a", "2.b", "3.c", "none", "sub"};
-  select(all);
-  focus_on("1.a");
-  fm_view();
-  EXPECT_EQ(commands(2), (Commands{"view a '1.a' ", "view c '3.c' "}));
-  select(all);
-  focus_on("1.a");
-  fm_edit();
-  EXPECT_EQ(commands(4), (Commands{"edit a '1.a' ", "kored '2.b' ", "kored '3.c' ", "kored 'none' "}));
 }
 
 TEST_F(FileMenu, StartsFurtherWindowsOfThisProgram) {
-  select({"sub", "sub2"});
-  fm_open_another();
-  select({"1.a"});
-  fm_open_another();
-  EXPECT_TRUE(programs_.calls(0).empty());
-  select({"sub"});
-  fm_open_another();
-  EXPECT_EQ(programs_.calls(1)[0], (Call{"zan", dir_ / "sub"}));
-  programs_.clear();
-  fm_new_window();
-  EXPECT_EQ(programs_.calls(1)[0], (Call{"zan"}));
-  programs_.clear();
-  fm_open_conwin();  // the settings' terminal command is a program's name
-  EXPECT_EQ(programs_.calls(1)[0], (Call{"terminal"}));
-}
-
-TEST_F(FileMenu, PrintsTheSelectionWithOneCommand) {
-  gConfig->print[0] = 0;
-  select({"1.a", "2.b", "none"});
-  focus_on("1.a");
-  fm_print();
-  EXPECT_EQ(commands(1), (Commands{"lpr '1.a' '2.b' 'none' "}));
-  EXPECT_STREQ(gConfig->print, "lpr @");
-  EXPECT_EQ(status_text(), "3 items printed");
-  select({"2.b"});
-  focus_on("2.b");
-  fm_print();
-  EXPECT_EQ(commands(1), (Commands{"lpr '2.b' "}));
-  EXPECT_EQ(status_text(), "'2.b' printed");
-  select({"2.b", "sub"});
-  focus_on("2.b");
-  const std::string before = status_text();
-  fm_print();
-  select({});
-  fm_print();
-  EXPECT_TRUE(programs_.calls(0).empty());
-}
-
-TEST_F(FileMenu, TheMenuIsEnabledForTheSelection) {
-  auto* menu = base_window()->findChild<QMenu*>(QStringLiteral("file_menu"));
-  ASSERT_TRUE(menu);
-  const struct {
-    std::vector<std::string> selected;
-    std::vector<const char*> enabled, disabled;
-  } rows[] = {
-      {{}, {"fm_new_file", "fm_new_window", "fm_exit"}, {"fm_open", "fm_view", "fm_print", "fm_inspect"}},
-      {{"1.a"}, {"fm_open", "fm_view", "fm_edit", "fm_open_with", "fm_print"}, {"fm_open_another"}},
-      {{"1.a", "3.c"}, {"fm_view", "fm_open_with"}, {"fm_open", "fm_edit"}},
-      {{"1.a", "sub"}, {"fm_open", "fm_open_another", "fm_inspect"}, {"fm_edit", "fm_view", "fm_print"}},
-      {{"run"}, {"fm_print"}, {"fm_open", "fm_view", "fm_edit", "fm_print_directory"}},
-  };
-  for (const auto& row : rows) {
-    select(row.selected);
-    fm_setup(menu);
-    for (const char* name : row.enabled) EXPECT_TRUE(menu_item(name)->isEnabled()) << name;
-    for (const char* name : row.disabled) EXPECT_FALSE(menu_item(name)->isEnabled()) << name;
+  choose({"sub"});
+  const std::pair<int (*)(), Call> rows[] = {
+      {fm_open_another, {"zan", dir_ / "sub"}}, {fm_new_window, {"zan"}}, {fm_open_conwin, {"terminal"}}};
+  for (const auto& [run, call] : rows) {
+    run();
+    EXPECT_EQ(programs_.calls(1)[0], call);
+    programs_.clear();
   }
 }
 
 TEST_F(FileMenu, KeysReachTheCommands) {
-  select({"1.a"});
-  focus_on("1.a");
-  back_to_list();
-  press(Qt::Key_E, Qt::ControlModifier);
-  EXPECT_EQ(commands(1), (Commands{"edit a '1.a' "}));
-  programs_.clear();
-  press(Qt::Key_Return);
-  EXPECT_EQ(commands(1), (Commands{"open a '1.a' "}));
-  programs_.clear();
-  press(Qt::Key_Return, Qt::ShiftModifier);
-  ASSERT_TRUE(dialog("open_with"));
-  press(Qt::Key_Escape);
-  back_to_list();
-  press(Qt::Key_F4);
+  const struct {
+    Qt::Key key;
+    Qt::KeyboardModifiers modifiers;
+    const char* command;
+  } rows[] = {{Qt::Key_E, Qt::ControlModifier, "edit a '1.a' "}, {Qt::Key_Return, {}, "open a '1.a' "}};
+  for (const auto& row : rows) {
+    choose({"1.a"});
+    key(row.key, row.modifiers);
+    EXPECT_EQ(commands(1), Texts{row.command});
+  }
+  choose({});
+  gDir.current = index_of("2 b.b");
+  key(Qt::Key_Return);  // nothing selected: the focused entry
+  EXPECT_EQ(commands(1), Texts{"open b '2 b.b' "});
+  key(Qt::Key_F4);
   ASSERT_TRUE(dialog("new_dlg"));
   EXPECT_EQ(dialog("new_dlg")->windowTitle(), QStringLiteral("Create New Folder"));
   press(Qt::Key_Escape);
-  back_to_list();
-  fl_unselect_all();
-  focus_on("2.b");
-  press(Qt::Key_Return);  // nothing selected: the focused entry
-  EXPECT_EQ(commands(1), (Commands{"open b '2.b' "}));
+}
+
+TEST_F(FileMenu, OpenWithRunsOnceForEachSelectedFile) {
+  choose({"1.a"});
+  key(Qt::Key_Return, Qt::ShiftModifier);
+  ASSERT_TRUE(dialog("open_with"));
+  select({"1.a", "2 b.b", "sub"});
+  type("wc -l @ | less");
+  press(Qt::Key_Return);
+  EXPECT_FALSE(dialog("open_with"));
+  EXPECT_EQ(commands(2), (Texts{"wc -l '1.a'  | less", "wc -l '2 b.b'  | less"}));
+  open_with_open();  // the last command stands there, and typing replaces it
+  auto* field = find<QComboBox>(dialog("open_with"), "ow_command");
+  EXPECT_EQ(field->currentText(), QStringLiteral("wc -l @ | less"));
+  type("w");
+  EXPECT_EQ(field->currentText(), QStringLiteral("w"));
+  press(Qt::Key_Escape);
+  EXPECT_FALSE(dialog("open_with"));
+  EXPECT_EQ(gWithList->count, 1);
+  EXPECT_EQ(programs_.calls(2).size(), 2u);
 }

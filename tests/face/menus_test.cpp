@@ -1,124 +1,143 @@
 #include "commands/ui/menus.h"
 
+#include <QClipboard>
 #include <QComboBox>
-#include <QDialog>
 #include <QLineEdit>
-#include <QTextBrowser>
+#include <QMimeData>
 #include <map>
 
+#include "commands/associations.h"
+#include "commands/ui/context_menus.h"
 #include "commands/ui/menu_table.h"
-#include "core/keybind.h"
-#include "core/settings.h"
 #include "fileops/ui/clipboard.h"
-#include "tests/face/shown_window.h"
-#include "views/ui/navigation.h"
+#include "tests/face/window_test.h"
 
 namespace {
-// The identifiers of what is disabled while the menu is open, submenus included.
-std::string disabled_in(QMenu* menu) {
-  menu->popup(QPoint(0, 0));
-  std::string names;
-  for (QAction* action : menu->findChildren<QAction*>())
-    if (!action->isEnabled()) names += action->objectName().toStdString() + " ";
-  menu->hide();
-  for (QAction* action : menu->findChildren<QAction*>())
-    EXPECT_TRUE(action->isEnabled()) << "a closed menu must not hold back a key";
-  return names;
-}
 
-QDialog* open_dialog(const char* name) {
-  for (QWidget* window : QApplication::topLevelWidgets())
-    if (window->objectName() == QLatin1String(name) && window->isVisible())
-      return qobject_cast<QDialog*>(window);
-  return nullptr;
-}
+class Menus : public WindowTest {
+ protected:
+  static QMenu* menu(const char* name) { return base_window()->findChild<QMenu*>(QString::fromLatin1(name)); }
+  // The identifiers of what is disabled while the menu is open, submenus included.
+  static std::string disabled_in(const char* name) {
+    menu(name)->popup(QPoint(0, 0));
+    const auto actions = menu(name)->findChildren<QAction*>();
+    std::string names;
+    for (QAction* action : actions)
+      if (!action->isEnabled()) names += action->objectName().toStdString() + " ";
+    menu(name)->hide();
+    for (QAction* action : menu(name)->findChildren<QAction*>())
+      EXPECT_TRUE(action->isEnabled()) << "a closed menu must not hold back a key";
+    return names;
+  }
+};
 
-void close_dialog(const char* name) {
-  if (QDialog* dialog = open_dialog(name)) dialog->reject();
-}
-}  // namespace
-
-TEST(Menus, ItemsFollowTheSelectionAndTheClipboard) {
-  ShownWindow window({"a.txt", "b.txt", "d/", "e/"});
+TEST_F(Menus, ItemsFollowTheSelectionAndTheClipboard) {
+  as_replace({"*.txt\topen @\t\t "});
+  show({"a.txt", "b.txt", "c.unknown", "d/", "e/"});
+  const std::string rest = "em_delete em_rename em_unselect em_unselect_all em_unselect_pattern ";
+  const std::string no_file = "fm_view fm_edit fm_open_with fm_print fm_print_directory ";
+  const std::string only_dirs = "fm_open_another fm_view fm_edit fm_print_directory ";
+  const std::string end = "Inspect, Copy To, Move To, ", one = "Delete, Rename, Symlink, " + end;
   const struct {
-    std::vector<std::string> selection;
+    Texts selection;
     bool clipboard;
-    const char *file, *edit;
+    std::string file, edit, context;  // what is disabled, what the context menu holds
   } rows[] = {
       {{},
        false,
-       "fm_open fm_open_another fm_view fm_edit fm_open_with fm_print fm_print_directory fm_inspect ",
-       "em_cut em_copy em_paste em_delete em_rename em_unselect em_unselect_all em_unselect_pattern "},
-      {{"d"}, true, "fm_view fm_edit fm_open_with fm_print fm_print_directory ", ""},
-      {{"d", "a.txt"}, true, "fm_view fm_edit fm_open_with fm_print fm_print_directory ", ""},
-      {{"a.txt"}, false, nullptr, "em_paste "},
+       "fm_open fm_open_another " + no_file + "fm_inspect ",
+       "em_cut em_copy em_paste " + rest,
+       ""},
+      {{}, true, "fm_open fm_open_another " + no_file + "fm_inspect ", "em_cut em_copy " + rest, "Paste, "},
+      {{"d"}, false, no_file, "em_paste ", "Open, Open In Window, Cut, Copy, " + one},
+      {{"a.txt", "d"}, true, no_file, "", "Open, Open In Window, Cut, Copy, Paste, Delete, " + end},
+      {{"c.unknown"}, false, "fm_open " + only_dirs, "em_paste ", "Open With, Print, Cut, Copy, " + one},
+      {{"b.txt"}, true, only_dirs, "", "Open, Open With, Print, Cut, Copy, Paste, " + one},
+      {{"a.txt", "b.txt"},
+       false,
+       only_dirs,
+       "em_paste ",
+       "Open, Open With, Print, Cut, Copy, Delete, " + end},
+      {{"a.txt", "c.unknown"},
+       false,
+       "fm_open " + only_dirs,
+       "em_paste ",
+       "Open With, Print, Cut, Copy, Delete, " + end},
   };
   for (const auto& row : rows) {
     QApplication::clipboard()->setMimeData(new QMimeData);
     if (row.clipboard) clipboard_put({"/d", {"x"}, false}, false);
-    window.select(row.selection);
-    if (row.file) {
-      EXPECT_EQ(disabled_in(window.menu("file_menu")), row.file);
-    }
-    EXPECT_EQ(disabled_in(window.menu("edit_menu")), row.edit);
+    select(row.selection);
+    EXPECT_EQ(disabled_in("file_menu"), row.file) << &row - rows;
+    EXPECT_EQ(disabled_in("edit_menu"), row.edit) << &row - rows;
+    list_cmenu_open(QPoint(10, 10));
+    std::string context;
+    for (const std::string& label : labels(menu("list_cmenu")))
+      if (!label.empty()) context += label + ", ";
+    EXPECT_EQ(context, "&New, " + row.context);
+    menu("list_cmenu")->hide();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
-  const std::string back = fl_get_back_count() == 0 ? "gm_back " : "";
-  EXPECT_EQ(disabled_in(window.menu("go_menu")), back + "gm_forward ");
-  EXPECT_EQ(disabled_in(window.menu("hotlist_menu")), "hm_delete ");
+  EXPECT_EQ(disabled_in("go_menu"), "gm_back gm_forward ");
+  EXPECT_EQ(disabled_in("hotlist_menu"), "hm_delete ");
+  list_cmenu_open(QPoint(10, 10));  // an item acts on the selection
+  for (QAction* action : menu("list_cmenu")->actions())
+    if (action->text() == QStringLiteral("Copy")) menu("list_cmenu")->setActiveAction(action);
+  QTest::keyClick(menu("list_cmenu"), Qt::Key_Return);
+  EXPECT_EQ(clipboard_get().lists.at(0).names, (Texts{"a.txt", "c.unknown"}));
 }
 
 // The state when a menu was last open says nothing about the moment of a key.
-TEST(Menus, AKeyIsJudgedByTheMomentItIsPressed) {
-  ShownWindow window({"a", "b"});
-  disabled_in(window.menu("edit_menu"));
-  QTest::keyClick(window.list(), Qt::Key_C, Qt::ControlModifier);
+TEST_F(Menus, AKeyIsJudgedByTheMomentItIsPressed) {
+  show({"a", "b"});
+  disabled_in("edit_menu");
+  key(Qt::Key_C, Qt::ControlModifier);
   EXPECT_FALSE(em_check_clipboard_for_type(-1, nullptr)) << "nothing was selected";
-  QTest::keyClick(window.list(), Qt::Key_A, Qt::ControlModifier);
-  EXPECT_EQ(window.selected(), "a b ");
-  QTest::keyClick(window.list(), Qt::Key_X, Qt::ControlModifier);
+  key(Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(selected(), "a b");
+  key(Qt::Key_X, Qt::ControlModifier);
   EXPECT_TRUE(em_check_clipboard_for_type(-1, kClipMoveFiles));
-  EXPECT_EQ(window.selected(), "") << "a cut clears the selection";
-  EXPECT_TRUE(file_is_cut(window.path().c_str(), "b"));
-  window.select({"a"});
-  QTest::keyClick(window.list(), Qt::Key_I, Qt::ControlModifier);
-  EXPECT_EQ(window.selected(), "b ");
-  QTest::keyClick(window.list(), Qt::Key_C, Qt::ControlModifier);
-  EXPECT_FALSE(file_is_cut(window.path().c_str(), "a")) << "a copy ends the cut";
-  QTest::keyClick(window.list(), Qt::Key_U, Qt::ControlModifier);
-  EXPECT_EQ(window.selected(), "");
+  EXPECT_EQ(selected(), "") << "a cut clears the selection";
+  EXPECT_TRUE(file_is_cut(dir_.path().c_str(), "b"));
+  select({"a"});
+  key(Qt::Key_I, Qt::ControlModifier);
+  EXPECT_EQ(selected(), "b");
+  key(Qt::Key_C, Qt::ControlModifier);
+  EXPECT_TRUE(em_check_clipboard_for_type(-1, kClipFiles)) << "a copy ends the cut";
+  EXPECT_FALSE(file_is_cut(dir_.path().c_str(), "a"));
+  key(Qt::Key_U, Qt::ControlModifier);
+  EXPECT_EQ(selected(), "");
 }
 
-TEST(Menus, TextFieldsKeepTheKeysThatEditText) {
-  ShownWindow window({"a", "b"});
-  window.select({"a", "b"});
+TEST_F(Menus, TextFieldsKeepTheKeysThatEditText) {
+  show({"a", "b"}, {"a", "b"});
+  const struct {
+    Qt::Key key;
+    Qt::KeyboardModifiers modifiers;
+    const char* text;
+  } rows[] = {
+      {Qt::Key_A, Qt::ControlModifier, "wxyz"},   {Qt::Key_C, Qt::ControlModifier, "wxyz"},
+      {Qt::Key_End, Qt::NoModifier, "wxyz"},      {Qt::Key_Backspace, Qt::NoModifier, "wxy"},
+      {Qt::Key_Home, Qt::NoModifier, "wxy"},      {Qt::Key_Delete, Qt::NoModifier, "xy"},
+      {Qt::Key_V, Qt::ControlModifier, "wxyzxy"}, {Qt::Key_A, Qt::ControlModifier, "wxyzxy"},
+      {Qt::Key_X, Qt::ControlModifier, ""},       {Qt::Key_V, Qt::ControlModifier, "wxyzxy"},
+  };
   for (const char* name : {"tb_curpath", "tb_filespec"}) {
     QLineEdit* field = base_find<QComboBox>(name)->lineEdit();
-    const struct {
-      Qt::Key key;
-      Qt::KeyboardModifiers modifiers;
-      const char* text;
-    } rows[] = {
-        {Qt::Key_A, Qt::ControlModifier, "wxyz"},   {Qt::Key_C, Qt::ControlModifier, "wxyz"},
-        {Qt::Key_End, Qt::NoModifier, "wxyz"},      {Qt::Key_Backspace, Qt::NoModifier, "wxy"},
-        {Qt::Key_Home, Qt::NoModifier, "wxy"},      {Qt::Key_Delete, Qt::NoModifier, "xy"},
-        {Qt::Key_V, Qt::ControlModifier, "wxyzxy"}, {Qt::Key_A, Qt::ControlModifier, "wxyzxy"},
-        {Qt::Key_X, Qt::ControlModifier, ""},       {Qt::Key_V, Qt::ControlModifier, "wxyzxy"},
-    };
     field->setFocus();
     field->setText(QStringLiteral("wxyz"));
     for (const auto& row : rows) {
       QTest::keyClick(field, row.key, row.modifiers);
       EXPECT_EQ(field->text().toStdString(), row.text) << name << ", key " << row.key;
     }
-    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("wxyzxy"));
     EXPECT_FALSE(em_check_clipboard_for_type(-1, nullptr));
-    EXPECT_EQ(window.selected(), "a b ");
-    EXPECT_EQ(gDir.path, window.path());
+    EXPECT_EQ(selected(), "a b");
+    EXPECT_EQ(gDir.path, dir_.path());
   }
 }
 
-TEST(Menus, NoMnemonicInTheWindowTakesTheKeyOfAnItemOrOfAnother) {
-  ShownWindow window;
+TEST_F(Menus, NoMnemonicInTheWindowTakesTheKeyOfAnItemOrOfAnother) {
+  open();
   std::map<QString, QString> owner;  // of a key, which no two may share
   const auto claim = [&owner](const QKeySequence& keys, const QString& who) {
     if (keys.isEmpty()) return;
@@ -126,10 +145,8 @@ TEST(Menus, NoMnemonicInTheWindowTakesTheKeyOfAnItemOrOfAnother) {
         << keys.toString().toStdString() << ": " << who.toStdString() << " and "
         << owner[keys.toString()].toStdString();
   };
-  for (const MenuTitle& title : kMenuBar) {
-    const QString shown = window.menu(title.id)->title();
-    claim(QKeySequence::mnemonic(shown), shown);
-  }
+  for (const MenuTitle& title : kMenuBar)
+    claim(QKeySequence::mnemonic(menu(title.id)->title()), menu(title.id)->title());
   for (const MenuEntry& entry : kMenuTable)
     if (const QAction* item = menu_item(entry.id))
       for (const QKeySequence& keys : item->shortcuts()) claim(keys, item->text());
@@ -138,92 +155,45 @@ TEST(Menus, NoMnemonicInTheWindowTakesTheKeyOfAnItemOrOfAnother) {
   EXPECT_TRUE(owner.count(QStringLiteral("Alt+V"))) << "the View command's key";
 }
 
-TEST(Menus, KeysWithoutModifiersBelongToTheList) {
-  ShownWindow window({"a", "d/"});
-  window.select({"d"});
+TEST_F(Menus, KeysWithoutModifiersBelongToTheList) {
+  show({"a", "d/"}, {"d"});
   QWidget* tree = base_find_widget("tree");
   tree->setFocus();
-  for (Qt::Key key : {Qt::Key_Delete, Qt::Key_Return}) QTest::keyClick(tree, key);
-  EXPECT_TRUE(path_exists(window / "d"));
-  EXPECT_NE(gDir.path, window / "d") << "Enter is the tree's";
-  fl_setpath(window.path().c_str());
-  fl_goto_index(window.index_of("d"));  // current, but not selected: the menu's Open is disabled
+  for (Qt::Key which : {Qt::Key_Delete, Qt::Key_Return}) QTest::keyClick(tree, which);
+  EXPECT_TRUE(path_exists(dir_ / "d"));
+  EXPECT_NE(gDir.path, dir_ / "d") << "Enter is the tree's";
+  fl_setpath(dir_.path().c_str());
+  fl_goto_index(index_of("d"));  // current, but not selected: the menu's Open is disabled
   fl_unselect_all();
-  window.list()->setFocus();
-  QTest::keyClick(window.list(), Qt::Key_Return);
-  EXPECT_EQ(gDir.path, window / "d");
-  QTest::keyClick(window.list(), Qt::Key_Backspace);
-  EXPECT_EQ(gDir.path, window.path());
-  QTest::keyClick(window.list(), Qt::Key_Left, Qt::AltModifier);
-  EXPECT_EQ(gDir.path, window / "d");
+  fl_view()->setFocus();
+  key(Qt::Key_Return);
+  EXPECT_EQ(gDir.path, dir_ / "d");
+  key(Qt::Key_Backspace);
+  EXPECT_EQ(gDir.path, dir_.path());
+  key(Qt::Key_Left, Qt::AltModifier);
+  EXPECT_EQ(gDir.path, dir_ / "d");
 }
 
-TEST(Menus, InertItemsDoNothingAndTheOthersOfViewToggle) {
-  ShownWindow window;
-  QMenu* view = window.menu("view_menu");
-  const auto marks = [view] {
-    view->popup(QPoint(0, 0));
+TEST_F(Menus, InertItemsDoNothingAndTheOthersOfViewToggle) {
+  open();
+  const auto marks = [] {
+    find<QMenu>(base_window(), "view_menu")->popup(QPoint(0, 0));
     std::string names;
-    for (QAction* action : view->findChildren<QAction*>())
-      if (action->isChecked()) names += action->objectName().toStdString() + " ";
-    view->hide();
+    for (const MenuEntry& entry : kMenuTable)
+      if (const QAction* item = menu_item(entry.id); item && item->isChecked()) names += entry.id;
+    find<QMenu>(base_window(), "view_menu")->hide();
     return names;
   };
   const std::string before = marks();
   for (const MenuEntry& entry : kMenuTable) {
-    if (std::string_view(entry.id).substr(0, 3) != "vm_" || entry.kind == MenuKind::submenu) continue;
-    const bool works =
-        std::string_view(entry.id) == "vm_hotlist" || std::string_view(entry.id) == "vm_clip_tb";
-    menu_item(entry.id)->trigger();
-    EXPECT_EQ(marks() == before, !works) << entry.id;
-    if (works) menu_item(entry.id)->trigger();
-    EXPECT_EQ(marks(), before) << entry.id;
+    const std::string id = entry.id;
+    if (id.substr(0, 3) != "vm_" || entry.kind == MenuKind::submenu) continue;
+    const bool works = id == "vm_hotlist" || id == "vm_clip_tb";
+    for (const bool changed : {works, false}) {
+      if (works || !changed) menu_item(entry.id)->trigger();
+      EXPECT_EQ(marks() != before, changed) << id;
+    }
   }
-  menu_item("vm_hotlist")->trigger();
-  EXPECT_TRUE(base_find_widget("hotlist_panel")->isHidden());
-  EXPECT_EQ(gConfig->hotlist_shown, 0);
 }
 
-TEST(Menus, HelpTellsTheKeysAndTheVersion) {
-  ShownWindow window;
-  QTest::keyClick(window.list(), Qt::Key_F1);
-  QDialog* reference = open_dialog("quickref");
-  ASSERT_TRUE(reference);
-  const QString text = reference->findChild<QTextBrowser*>()->toPlainText();
-  for (const MenuEntry& entry : kMenuTable)
-    EXPECT_TRUE(text.contains(QString::fromLatin1(entry.keys))) << "the page does not tell of " << entry.keys;
-  QTest::keyClick(reference, Qt::Key_Escape);
-  EXPECT_FALSE(open_dialog("quickref"));
-  menu_item("help_about")->trigger();
-  ASSERT_TRUE(open_dialog("about"));
-  EXPECT_TRUE(open_dialog("about")
-                  ->findChild<QLabel*>(QStringLiteral("about_version"))
-                  ->text()
-                  .contains(QStringLiteral(ZAN_VERSION)));
-  close_dialog("about");
-}
-
-TEST(Menus, F2OpensThePropertiesOnTheName) {
-  ShownWindow window({"name.txt"});
-  window.select({"name.txt"});
-  QTest::keyClick(window.list(), Qt::Key_F2);
-  QDialog* dialog = open_dialog("property_dlg");
-  ASSERT_TRUE(dialog);
-  auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("pr_name"));
-  EXPECT_EQ(name->selectedText(), QStringLiteral("name"));
-  EXPECT_EQ(dialog->focusWidget(), name);
-  close_dialog("property_dlg");
-}
-
-TEST(Menus, TheRegistrysHooksAreCalledWithTheListLinked) {
-  static int called = 0;
-  gKeybindHooks.actions = [] {
-    ac_register("count", [](void*, void*, const KeyEvent*) { return ++called; });
-  };
-  gKeybindHooks.defaults = [] { kb_attach("count", "filelist", 4, 99); };
-  ShownWindow window;
-  gKeybindHooks = {};
-  const KeyEvent key{true, false, true, 4, 99};
-  EXPECT_EQ(kb_process(window.list(), nullptr, &key), 1);
-  EXPECT_EQ(called, 1);
-}
+}  // namespace

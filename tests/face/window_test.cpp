@@ -1,0 +1,210 @@
+#include "tests/face/window_test.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QClipboard>
+#include <QMimeData>
+#include <QPointer>
+#include <QRadioButton>
+
+#include "commands/associations.h"
+#include "core/command_line.h"
+#include "core/history.h"
+#include "core/interp.h"
+#include "core/toolkit/alert.h"
+#include "dirmodel/dir_sort.h"
+#include "fileops/ui/slots.h"
+#include "views/path_history.h"
+
+bool wait_for(const std::function<bool()>& done) {
+  return QTest::qWaitFor(done, 240000);
+}
+
+void WindowTest::SetUp() {
+  setenv("HOME", home_.path().c_str(), 1);
+  settings_defaults(gConfig);
+  gConfig->flags |= SET_HIDE_DOT | SET_FORMAT_MARK;
+  gOptions = OPT_INITIAL & ~OPT_DOT_PAIR;
+  gConfigPath = config_.path().c_str();
+  base_window_closed = 0;
+  sSortFunction = dir_cmp_name;
+  sSortOrder = 1;
+  init_read_cboxs(gConfigPath);
+  backward_history.paths.clear();
+  forward_history.paths.clear();
+  as_replace({});
+  interp_clear();
+  QApplication::clipboard()->setMimeData(new QMimeData);
+  watch_ = new QTimer;
+  QObject::connect(watch_, &QTimer::timeout, watch_, [this] { answer_message(); });
+  watch_->start(1);
+}
+
+void WindowTest::TearDown() {
+  EXPECT_TRUE(settled());
+  delete watch_;
+  for (const Expected& message : expected_) ADD_FAILURE() << "never shown: " << message.text;
+  for (const std::string& text : unexpected_) ADD_FAILURE() << "not expected: " << text;
+  base_destroy();
+  gConfigPath = nullptr;
+  gDir.path.clear();
+  gDir.filespec.clear();
+  (void)!chdir("/");
+}
+
+void WindowTest::make(const Texts& names) const {
+  for (const std::string& name : names) {
+    if (name.back() == '/')
+      mkdir((dir_ / name).c_str(), 0755);
+    else
+      write_file(dir_ / name, name);
+  }
+}
+
+void WindowTest::open(const std::string& path) {
+  gStartPath = path.empty() ? dir_.path() : path;
+  base_create();
+  base_open(CommandLine());
+  EXPECT_TRUE(activate(base_window()));
+  fl_view()->setFocus();
+}
+
+void WindowTest::show(const Texts& names, const Texts& selected) {
+  make(names);
+  if (!base_window())
+    open();
+  else
+    EXPECT_EQ(fl_refresh(), 0);
+  select(selected);
+}
+
+void WindowTest::select(const Texts& names) {
+  fl_unselect_all();
+  for (const std::string& name : names) fl_select_index(index_of(name));
+}
+
+std::string WindowTest::selected() {
+  std::string names;
+  for (int i = 0; i < gDir.count; ++i)
+    if (gDir.entries[i]->flags & ENTRY_SELECTED)
+      names += (names.empty() ? "" : " ") + std::string(gDir.entries[i]->name);
+  return names;
+}
+
+int WindowTest::index_of(const std::string& name) {
+  for (int i = 0; i < gDir.count; ++i)
+    if (name == gDir.entries[i]->name) return i;
+  ADD_FAILURE() << "not listed: " << name;
+  return -2;
+}
+
+std::string WindowTest::current_name() {
+  return gDir.current >= 0 && gDir.current < gDir.count ? gDir.entries[gDir.current]->name : "";
+}
+
+std::string WindowTest::status(int pane) {
+  return base_find<QLabel>(pane == 1 ? "status1" : "status2")->text().toStdString();
+}
+
+bool WindowTest::settled() {
+  return wait_for([] { return slot_running() == 0; });
+}
+
+QPoint WindowTest::place_of(int i) {
+  return fl_view()->visualRect(fl_model()->index(fl_model()->row_of(i), 0)).center();
+}
+
+void WindowTest::click(int i, Qt::KeyboardModifiers modifiers) {
+  QTest::mouseClick(ground(), Qt::LeftButton, modifiers, place_of(i));
+}
+
+void WindowTest::key(Qt::Key which, Qt::KeyboardModifiers modifiers) {
+  QTest::keyClick(fl_view(), which, modifiers);
+}
+
+void WindowTest::press(Qt::Key which, Qt::KeyboardModifiers modifiers) {
+  QWidget* target = QApplication::focusWidget();
+  if (!target) target = QApplication::activeWindow();
+  ASSERT_TRUE(target);
+  QTest::keyClick(target, which, modifiers);
+}
+
+void WindowTest::type(const std::string& text) {
+  QWidget* target = QApplication::focusWidget();
+  ASSERT_TRUE(target);
+  QTest::keyClicks(target, QString::fromStdString(text));
+}
+
+void WindowTest::expect_message(const std::string& text, Qt::Key key) {
+  expected_.push_back({text, key});
+}
+
+bool WindowTest::answered() const {
+  return wait_for([this] { return expected_.empty(); });
+}
+
+void WindowTest::answer_message() {
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    auto* alert = dynamic_cast<AlertWindow*>(window);
+    if (!alert || !alert->isVisible()) continue;
+    const std::string text = alert->accessibleDescription().toStdString();
+    Qt::Key key = Qt::Key_Escape;
+    if (!expected_.empty() && expected_[0].text == text) {
+      key = expected_[0].key;
+      expected_.erase(expected_.begin());
+    } else {
+      unexpected_.push_back(text);
+    }
+    // An alert that has just opened under typing hands takes no key: press until it is gone.
+    const QPointer<AlertWindow> open(alert);
+    watch_->stop();
+    for (int i = 0; open && open->isVisible() && i < 1000; i++) {
+      QTest::keyClick(open, key);
+      QTest::qWait(10);
+    }
+    watch_->start(1);
+    return;
+  }
+}
+
+// There is no window manager that does it, and a window counts as active for QTest while its parent is.
+bool WindowTest::activate(QWidget* window) {
+  return wait_for([window] {
+    if (QApplication::activeWindow() != window) window->activateWindow();
+    return QApplication::activeWindow() == window;
+  });
+}
+
+QDialog* WindowTest::dialog(const char* name) {
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // one that has closed goes now
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    auto* found = qobject_cast<QDialog*>(window);
+    if (!found || !found->isVisible() || found->objectName() != QLatin1String(name)) continue;
+    EXPECT_TRUE(activate(found));
+    return found;
+  }
+  return nullptr;
+}
+
+// A toggle of an exclusive group is reached with the arrow keys from the one that is on.
+bool WindowTest::tab_to(QDialog* in, const char* name) {
+  auto* wanted = find<QWidget>(in, name);
+  for (int i = 0; i < 120 && wanted && QApplication::focusWidget() != wanted; i++) {
+    const auto* here = qobject_cast<QRadioButton*>(QApplication::focusWidget());
+    const auto* there = qobject_cast<QRadioButton*>(wanted);
+    press(here && there && here->group() && here->group() == there->group() ? Qt::Key_Down : Qt::Key_Tab);
+  }
+  return wanted && QApplication::focusWidget() == wanted;
+}
+
+void WindowTest::toggle(QDialog* in, const char* name) {
+  ASSERT_TRUE(tab_to(in, name)) << name;
+  press(Qt::Key_Space);
+}
+
+Texts WindowTest::labels(const QMenu* menu) {
+  Texts all;
+  for (const QAction* action : menu->actions()) all.push_back(action->text().toStdString());
+  return all;
+}
