@@ -199,18 +199,6 @@ TEST_F(CopyTest, CancelLeavesNoPartAndPauseHoldsStill) {
   dir.shell("cmp from/big to/big");
 }
 
-TEST_F(CopyTest, TheDisplayCountsAndLabels) {
-  dir.shell("cd from && touch a b c && echo text >d");
-  go(FOP_COPY, {"a", "b", "c", "d"}, dir / "to");
-  ASSERT_FALSE(run.shown.empty());
-  const fop_info& last = run.shown.back();
-  EXPECT_STREQ(run.shown.front().header, "Scanning");
-  EXPECT_STREQ(last.header, "Copying");
-  EXPECT_STREQ(last.from_label, "Done");
-  EXPECT_EQ(last.percent, 100);
-  EXPECT_EQ(std::to_string(last.item) + " of " + std::to_string(last.total_items), "4 of 4");
-}
-
 TEST_F(CopyTest, ATooLongPathIsRefusedAndATooLongNameAsked) {
   const std::string part(200, 'd'), to = dir / "to/" + std::string(150, 't');
   std::string deep = dir / "from";

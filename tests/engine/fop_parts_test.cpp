@@ -1,36 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
-
 #include "core/settings.h"
-#include "fileops/alloc_list.h"
 #include "fileops/fop.h"
-#include "fileops/fop_path.h"
 #include "fileops/fop_progress.h"
-
-TEST(FopParts, AListGrowsAndResizesInPlace) {
-  alloc_list* list = alloc_start();
-  for (int i = 0; i < 1024; ++i) alloc_add(list, std::malloc(8));
-  void* last = alloc_add(list, std::malloc(8));
-  EXPECT_EQ(list->capacity, 2048);
-  std::memcpy(last, "content", 8);
-  void* resized = alloc_realloc(list, last, 1 << 20);
-  EXPECT_EQ(list->items[1024], resized);
-  EXPECT_STREQ(static_cast<char*>(resized), "content");
-  void* strange = std::malloc(8);
-  EXPECT_EQ(alloc_realloc(list, strange, 100), strange);  // only registered
-  EXPECT_EQ(alloc_add(list, nullptr), nullptr);
-  EXPECT_EQ(list->count, 1026);
-  alloc_free(list);
-}
-
-TEST(FopParts, PathsJoinWithOneSlash) {
-  const char* rows[][3] = {{"/", "a", "/a"},     {"/d", "a", "/d/a"}, {"/d/", "/a", "/d/a"},
-                           {"/d", "/a", "/d/a"}, {"/d/", "", "/d"},   {"/", "", "/"},
-                           {"/d", "a/", "/d/a"}};
-  for (const auto& [dir, name, path] : rows) EXPECT_EQ(_build_path(dir, name), path) << dir << " + " << name;
-}
 
 TEST(FopParts, LinesAreShortenedAtADirectory) {
   const std::string part = "/twenty_characters_00", path = part + part + part + part;
@@ -77,10 +49,4 @@ TEST(FopParts, FlagsFollowTheSettings) {
   };
   for (const auto& row : rows)
     EXPECT_EQ(fop_derive_flags(row.kind, row.settings, row.several), row.flags) << std::hex << row.settings;
-}
-
-TEST(FopParts, ARequestWithoutItsPartsIsRefused) {
-  EXPECT_EQ(fop(FOP_COPY, "/", {}, "/", 0, fop_info(), {}), nullptr);
-  EXPECT_EQ(fop(FOP_COPY, nullptr, {"x"}, "/", 0, fop_info(), {}), nullptr);
-  EXPECT_EQ(fop(FOP_COPY, "/", {"x"}, nullptr, 0, fop_info(), {}), nullptr);
 }

@@ -1,47 +1,8 @@
-#include <condition_variable>
-#include <mutex>
-
 #include "core/state.h"
 #include "tests/engine/fop_run.h"
 #include "views/fname.h"
 
 using FopThreads = FopTest;
-
-// Fifty operations wait for an answer each at the same time; none keeps another from asking, and the
-// interface thread stays free.
-TEST_F(FopThreads, FiftyQuestionsAreOpenAtOnce) {
-  constexpr int kCount = 50;
-  dir.shell("for i in $(seq 50); do mkdir to/$i; echo new >from/f$i; echo old >to/$i/f$i; done");
-  terminal_reset();
-  Terminal& terminal = terminal_start();
-  std::mutex mutex;
-  std::condition_variable all_open;
-  int open = 0;
-  terminal.on_alert = [&](TerminalAlert& alert) {
-    std::unique_lock lock(mutex);
-    if (++open == kCount) all_open.notify_all();
-    all_open.wait(lock, [&] { return open >= kCount; });
-    alert.answer = 2;
-  };
-  std::atomic<int> ended{0}, ticks{0};
-  terminal.on_slot_ended = [&](void*) { ++ended, desk_wake(); };
-  const int timer = desk_timer_start(1, [&] { ++ticks; });
-  std::vector<std::shared_ptr<fop_control>> controls;
-  for (int i = 1; i <= kCount; ++i) {
-    fop_info info;
-    info.linger_ms = 0;
-    const std::string number = std::to_string(i);
-    controls.push_back(fop(i % 2 ? FOP_MOVE : FOP_COPY, (dir / "from").c_str(), {"f" + number},
-                           (dir / "to/" + number).c_str(), 0, info,
-                           [](const std::string&, const std::vector<std::string>&) {}));
-    ASSERT_TRUE(controls.back());
-  }
-  EXPECT_TRUE(terminal_run_until([&] { return ended == kCount; }, 200000));
-  desk_timer_stop(timer);
-  EXPECT_GT(ticks, 0);
-  for (const auto& control : controls) EXPECT_EQ(control->aborted, 0);
-  EXPECT_EQ(dir.shell("cat to/*/* | sort | uniq -c | tr -d ' '"), "50new\n");
-}
 
 // Pause and cancel come from another thread at any moment; told items come in order and on the interface
 // thread.
@@ -62,25 +23,6 @@ TEST_F(FopThreads, ControlsMayChangeAtAnyMoment) {
     EXPECT_EQ(dir.shell("find from '" + other.path + "' -type f -printf '%f\\n' | sort -u | wc -l"), "300\n");
     dir.shell("rm -rf from/d '" + (other / "d") + "'");
   }
-}
-
-// "Done" stays on display before the slot ends, unless nobody looks.
-TEST_F(FopThreads, DoneLingers) {
-  write_file(dir / "from/f", "text");
-  terminal_reset();
-  Terminal& terminal = terminal_start();
-  std::atomic<bool> ended{false};
-  timespec done_at{}, ended_at{};
-  terminal.on_refresh = [&](const fop_info& info) {
-    if (std::string(info.from_label) == "Done") clock_gettime(CLOCK_MONOTONIC, &done_at);
-  };
-  terminal.on_slot_ended = [&](void*) {
-    clock_gettime(CLOCK_MONOTONIC, &ended_at), ended = true, desk_wake();
-  };
-  ASSERT_TRUE(fop(FOP_DELETE, (dir / "from").c_str(), {"f"}, "", 0, fop_info(), {}));
-  EXPECT_TRUE(terminal_run_until([&] { return ended.load(); }));
-  EXPECT_GT(done_at.tv_sec, 0);
-  EXPECT_GE((ended_at.tv_sec - done_at.tv_sec) * 1000 + (ended_at.tv_nsec - done_at.tv_nsec) / 1000000, 1000);
 }
 
 // The end of the interface answers an open question, and leaves nothing half-written.

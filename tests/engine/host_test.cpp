@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
 
 #include "tests/support/temp_dir.h"
 
@@ -75,17 +74,4 @@ TEST(Host, FirstLineIsBoundedInTimeAndLength) {
   EXPECT_EQ(line, "longlonglo");
   EXPECT_FALSE(host_first_line("exit 3", 10, 60000, &line));
   EXPECT_FALSE(host_first_line("exec sleep 1000", 10, 50, &line));  // would outlive the test's own limit
-}
-
-TEST(Host, CompanionsStandBehindTheUsersPath) {
-  const SavedPath saved;
-  const std::string companions = std::filesystem::canonical(ZAN_BUILD_BIN).string() + "/companions";
-  for (const char* path : {"/usr/bin:/bin", "/usr/bin::/bin"}) {
-    setenv("PATH", path, 1);
-    host_extend_path();
-    host_extend_path();  // a program started from the program
-    EXPECT_EQ(getenv("PATH"), path + (":" + companions));
-  }
-  EXPECT_EQ(std::filesystem::weakly_canonical(host_companion("conwin")), companions + "/conwin");
-  EXPECT_EQ(host_companion("no-such-companion"), "/usr/vireon/bin/no-such-companion");
 }

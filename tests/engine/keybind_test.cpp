@@ -56,21 +56,6 @@ TEST_F(Keybind, AKeyCallsEveryCallbackOfItsAction) {
   EXPECT_EQ(sFirst, 1);
 }
 
-TEST_F(Keybind, OnePrimaryBindingForAnActionInASection) {
-  kb_attach("open", "filelist", 0, 1);
-  kb_attach("open", "filelist", 0, 2);
-  EXPECT_EQ(caps("filelist", BIND_PRIMARY), "1");
-  EXPECT_EQ(kb_set_default("open", "filelist", 0, 2), 0);
-  EXPECT_EQ(caps("filelist", BIND_PRIMARY), "2");
-  EXPECT_EQ(kb_set_default("open", "filelist", 1, 2), -1);
-  EXPECT_EQ(kb_set_default("none", "filelist", 0, 2), -1);
-  EXPECT_EQ(kb_set_default("open", "none", 0, 2), -1);
-  EXPECT_STREQ(kb_get_accel_text("open", "filelist", "Ret"), "Ret");
-  kb_attach("close", "filelist", 0, 2);  // takes the key over
-  EXPECT_EQ(kb_get_accel_text("open", "filelist", "Ret"), nullptr);
-  EXPECT_STREQ(kb_get_accel_text("close", "filelist", "Ret"), "Ret");
-}
-
 TEST_F(Keybind, TheFileHoldsSectionsAndActionsNewestFirst) {
   kb_attach("open", "list", 0, 10);
   kb_attach("open", "list", 4, 11);

@@ -3,7 +3,6 @@
 
 #include "core/state.h"
 #include "dirmodel/dir_read.h"
-#include "dirmodel/mount_table.h"
 #include "platform/desktop.h"
 #include "platform/terminal/terminal.h"
 #include "tests/support/slow_mount.h"
@@ -68,14 +67,6 @@ TEST_F(SlowRead, EntriesThatHangAreShownAsTimedOut) {
   }
 }
 
-TEST_F(SlowRead, OneEntryThatHangsCostsTheOthersNothing) {
-  MOUNT_OR_SKIP("one", kForever);
-  EXPECT_EQ(read(mount->path()), 0);
-  ASSERT_EQ(record.count, 20);
-  for (int i = 0; i < 20; ++i) EXPECT_EQ(record.entries[i]->st.st_size, i == 3 ? 0 : 5) << i;
-  expect_timeout(*record.entries[3]);
-}
-
 TEST_F(SlowRead, TargetsOnASlowFileSystemAreGivenUpAndTheRestIsRead) {
   MOUNT_OR_SKIP("status", kForever);
   TempDir dir;
@@ -135,15 +126,4 @@ TEST_F(SlowRead, ANameReturnedTwiceAppearsOnce) {
   EXPECT_EQ(read(mount->path()), 0);
   EXPECT_EQ(record.count, 20);
   EXPECT_EQ(record.total_size, 100u);
-}
-
-TEST(MountTable, FindsTheMountPointByTheText) {
-  const std::vector<std::string> points = {"/", "/home", "/home/u/far away", "/mnt"};
-  const std::pair<const char*, const char*> rows[] = {{"/home/u/far away/x", "/home/u/far away"},
-                                                      {"/home/u/far awayx", "/home"},
-                                                      {"/mnt", "/mnt"},
-                                                      {"/mnt/../home/u", "/home"},
-                                                      {"/homes", "/"},
-                                                      {"relative", "/"}};
-  for (const auto& [path, point] : rows) EXPECT_EQ(mount_point_of(path, points), point) << path;
 }

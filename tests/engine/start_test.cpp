@@ -6,24 +6,20 @@
 #include "tests/support/temp_dir.h"
 
 namespace {
-struct Arguments {
-  std::vector<std::string> texts{"zan"};
-  std::vector<char*> pointers;
-  Arguments(std::initializer_list<std::string> more) {
-    texts.insert(texts.end(), more);
-    for (std::string& text : texts) pointers.push_back(text.data());
-  }
-  std::string start_directory() {
-    return state_start_directory(static_cast<int>(texts.size()), pointers.data());
-  }
-  CommandLine parse() { return command_line_parse(static_cast<int>(texts.size()), pointers.data()); }
-};
+using Texts = std::vector<std::string>;
 
-std::string start_directory(std::initializer_list<std::string> arguments) {
-  return Arguments(arguments).start_directory();
+// Calls one of the readers of the command line "zan TEXT...".
+auto with_arguments(auto* reader, Texts texts) {
+  texts.insert(texts.begin(), "zan");
+  std::vector<char*> pointers;
+  for (std::string& text : texts) pointers.push_back(text.data());
+  return reader(static_cast<int>(texts.size()), pointers.data());
 }
-CommandLine parsed(std::initializer_list<std::string> arguments) {
-  return Arguments(arguments).parse();
+std::string start_directory(const Texts& texts) {
+  return with_arguments(state_start_directory, texts);
+}
+CommandLine parsed(const Texts& texts) {
+  return with_arguments(command_line_parse, texts);
 }
 }  // namespace
 
@@ -38,8 +34,7 @@ TEST(Start, FindsTheStartDirectory) {
   EXPECT_EQ(start_directory({"-x10", "-S", "--help", "docs"}), here + "/docs");
   EXPECT_EQ(start_directory({"docs/", "/tmp"}), here + "/docs");
   EXPECT_EQ(start_directory({"./docs/../docs"}), here + "/./docs/../docs");
-  for (const std::string& no_directory : {std::string("-odd"), std::string("file"), std::string("missing"),
-                                          std::string(""), std::string(5000, 'a')})
+  for (const std::string& no_directory : Texts{"-odd", "file", "missing", "", std::string(5000, 'a')})
     EXPECT_EQ(start_directory({no_directory}), here) << no_directory;
 
   // Too far down for its name to be had: what is relative to it could not be read again.

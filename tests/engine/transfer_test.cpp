@@ -60,27 +60,18 @@ TEST(UriList, ReadsTolerantlyAndRefusesWhatIsNotALocalFile) {
 }
 
 TEST(UriList, ReadsTheGnomeForm) {
-  const struct {
-    std::string in;
-    bool good, cut;
-    const char* out;
-  } rows[] = {
-      {"cut\nfile:///a/b", true, true, "/a: [b]\n"},
-      {std::string("copy\r\nfile:///a/b\r\n\n\0", 21), true, false, "/a: [b]\n"},
-      {"\n\ncopy\n\nfile:///a/b\nfile:///c/d\n", true, false, "/a: [b]\n/c: [d]\n"},
-      {"cut", false, false, ""},
-      {"cut\nhttp://x/", false, false, ""},
-      {"move\nfile:///a/b", false, false, ""},
-      {"cutfile:///a/b", false, false, ""},
-      {"file:///a/b", false, false, ""},
-  };
-  for (const auto& row : rows) {
-    bool cut = false;
-    std::vector<TransferList> lists;
-    EXPECT_EQ(gnome_files_decode(row.in, &cut, &lists), row.good) << row.in;
-    EXPECT_EQ(cut, row.cut) << row.in;
-    EXPECT_EQ(described(lists), row.out) << row.in;
+  const std::pair<std::string, const char*> rows[] = {
+      {"cut\nfile:///a/b", "1/a: [b]\n"},
+      {std::string("copy\r\nfile:///a/b\r\n\n\0", 21), "0/a: [b]\n"},
+      {"\n\ncopy\n\nfile:///a/b\nfile:///c/d\n", "0/a: [b]\n/c: [d]\n"}};
+  bool cut = false;
+  std::vector<TransferList> lists;
+  for (const auto& [in, out] : rows) {
+    EXPECT_TRUE(gnome_files_decode(in, &cut, &lists)) << in;
+    EXPECT_EQ(std::to_string(cut) + described(lists), out) << in;
   }
+  for (const char* in : {"cut", "cut\nhttp://x/", "move\nfile:///a/b", "cutfile:///a/b", "file:///a/b"})
+    EXPECT_FALSE(gnome_files_decode(in, &cut, &lists)) << in;
 }
 
 TEST(Transfer, AnyByteOfANameComesBack) {

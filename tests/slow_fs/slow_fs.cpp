@@ -1,13 +1,15 @@
-// A file system for tests whose calls hang: slow_fs MODE MILLISECONDS LOG MOUNTPOINT. Its one directory holds
-// "entry00" to "entry19"; MODE tells what takes its time:
+// A file system for tests whose calls hang or fail: slow_fs MODE MILLISECONDS LOG MOUNTPOINT. Its one
+// directory holds "entry00" to "entry19"; MODE tells what takes its time:
 //   status        the status of every entry, whatever happens; looking the name up does not
-//   one           the same for "entry03" only
 //   lookup        looking up any name, with the directory locked meanwhile
 //   interruptible the same until the caller is interrupted
 //   open          opening the directory
 //   names         reading its names
 //   root          the status of the directory itself
 //   twice         nothing; every name is returned twice
+//   faulty        nothing; but its files do not read as they should. All are said to be 100,000 bytes long;
+//                 byte i is i % 251. "entry00" has no fault, a read of "entry01" gives at most 777 bytes,
+//                 "entry02" ends after 50,000 bytes, "entry03" cannot be read from byte 40,000 on.
 // Each call that hangs adds one byte to LOG.
 #define FUSE_USE_VERSION 312
 #include <fcntl.h>
@@ -15,6 +17,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -47,12 +50,26 @@ int slow_getattr(const char* path, struct stat* status, struct fuse_file_info*) 
   if (std::strncmp(path, "/entry", 6) != 0) return -ENOENT;
   status->st_mode = S_IFREG | 0644;
   status->st_nlink = 1;
-  status->st_size = 5;
+  status->st_size = sMode == "faulty" ? 100000 : 5;
+  status->st_blocks = status->st_size / 512 + 1;
   const int number = std::atoi(path + 6) % 20;
   const bool lookup = sAsked[number]++ == 0;
   if (sMode == "interruptible") return hang(true);
-  const bool slow = sMode == "status" || (sMode == "one" && number == 3);
-  return (lookup ? sMode == "lookup" : slow) ? hang(false) : 0;
+  return sMode == (lookup ? "lookup" : "status") ? hang(false) : 0;
+}
+
+int faulty_open(const char*, struct fuse_file_info* file) {
+  file->direct_io = 1;  // the reader gets what is given here, not pages of it
+  return 0;
+}
+
+int faulty_read(const char* path, char* buffer, size_t size, off_t offset, struct fuse_file_info*) {
+  const int number = std::atoi(path + 6);
+  const off_t ends[] = {100000, std::min<off_t>(offset + 777, 100000), 50000, 40000};
+  if (number > 3 || (number == 3 && offset >= ends[3])) return -EIO;
+  const off_t count = std::clamp<off_t>(ends[number] - offset, 0, static_cast<off_t>(size));
+  for (off_t i = 0; i < count; ++i) buffer[i] = static_cast<char>((offset + i) % 251);
+  return static_cast<int>(count);
 }
 
 int slow_opendir(const char*, struct fuse_file_info*) {
@@ -90,6 +107,8 @@ int main(int argc, char** argv) {
   operations.getattr = slow_getattr;
   operations.opendir = slow_opendir;
   operations.readdir = slow_readdir;
+  operations.open = faulty_open;
+  operations.read = faulty_read;
   operations.init = slow_init;
   // By hand: the short way takes a thread count from nowhere in some versions of the library.
   fuse_args arguments = FUSE_ARGS_INIT(1, argv);
