@@ -24,19 +24,6 @@ std::string table_text() {
 }
 }  // namespace
 
-TEST(Associations, DefaultsStandInWhenThereIsNoFile) {
-  const ShownDir dir;
-  write_file(kFile, "*.x\tone\n");  // in the current directory, which no settings directory means
-  const TempDir empty;
-  for (const char* settings : {empty.path().c_str(), static_cast<const char*>(nullptr)}) {
-    init_read_associations(settings, kFile);
-    EXPECT_EQ(apat_ctr, 10);
-    EXPECT_EQ(as_line(*apat[1]), "[Mm]akefile\tconwin -z make -f @\tkored\tkored");
-    EXPECT_EQ(as_line(*apat[5]), "^*.html|*.htm\troamer -u file://$PWD/@\troamer -u file://$PWD/@\t");
-  }
-  EXPECT_FALSE(path_exists(empty / kFile));
-}
-
 TEST(Associations, ReadsWhatStandsInTheFile) {
   const std::string fill(1016, 'f');
   const std::pair<std::string, std::string> rows[] = {

@@ -33,7 +33,8 @@ TEST(Fname, DecodesByMode) {
       {0, "", "a\xff.", "?a?.", 1},
       {0, "", "\xff\xfe", "???", 2},
       {0, "", "\xc3", "??", 1},
-      {0, "", "\xc0\xaf", "???", 2},            // overlong
+      {0, "", "\xc0\xaf", "???", 2},  // overlong
+      {0, "", "\xe0\x9f\xbf", "????", 3},
       {0, "", "\xed\xa0\x80", "????", 3},       // half of a surrogate pair
       {0, "", "\xf4\x90\x80\x80", "?????", 4},  // beyond the last character
       {0, "", "\xf0\x9f\x98\x80", nullptr, 0},

@@ -137,7 +137,7 @@ TEST_F(MoveTest, ADirectorySwappedForALinkLeadsNowhere) {
   SKIP_WITHOUT(other);
   for (const std::string& tree : {dir / "from/d", other / "d"}) {
     dir.shell("rm -rf from outside '" + other.path +
-              "'/* && mkdir -p from/d outside && echo 1 >from/d/f && " +
+              "'/* && mkdir -p from/d outside && echo 1 | tee from/d/f >from/d/g && " +
               "head -c 3000000 /dev/zero >from/a && echo precious >outside/f");
     std::string away;
     go(FOP_MOVE, {"d", "a"}, other.path, {1, 1, 1, 1, 1}, 0, [&](fop_control&, int percent) {

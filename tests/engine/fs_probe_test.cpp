@@ -19,7 +19,7 @@ TEST(FsProbe, AnAlarmFreesACallThatCanBeInterrupted) {
     char byte;
     *error = read(ends[0], &byte, 1) < 0 ? errno : 0;
   };
-  EXPECT_TRUE(fs_bounded(wait_in_vain, 60));
+  EXPECT_TRUE(fs_bounded(wait_in_vain, 300));
   EXPECT_EQ(*error, EINTR);
   close(ends[0]), close(ends[1]);
 }
@@ -36,7 +36,7 @@ TEST(FsProbe, AThreadThatHangsOnIsLeftBehindWhileEventsRun) {
   };
   EXPECT_FALSE(fs_bounded(hang, 150));
   desk_timer_stop(timer);
-  EXPECT_GT(ticks, 2);
+  EXPECT_GT(ticks, 0);
   *release = true;
   EXPECT_TRUE(terminal_run_until([&] { return ended->load(); }));
 }

@@ -39,22 +39,3 @@ TEST(Hotlist, SavesOnePathALine) {
   EXPECT_EQ(tree_save((dir / "missing").c_str(), "hotlist.001"), -1);
   EXPECT_EQ(tree_save(nullptr, "hotlist.001"), -1);
 }
-
-TEST(Hotlist, AddRemoveAndLookUpTellTheWatcher) {
-  std::string told;
-  gTree.paths.clear();
-  tree_watch({[&](size_t i) { told += "+" + std::to_string(i) + gTree.paths[i]; },
-              [&](size_t i) { told += "-" + std::to_string(i); }, [&] { told += "*"; }});
-  EXPECT_EQ(tree_add(&gTree, "/a"), 0);
-  EXPECT_EQ(tree_add(&gTree, "/b"), 0);
-  EXPECT_EQ(tree_add(&gTree, "/a"), -1);
-  EXPECT_EQ(tree_lookup("/a"), 1);
-  EXPECT_EQ(tree_lookup("/a/"), 0);
-  tree_remove(&gTree, "/none");
-  tree_remove(&gTree, "/a");
-  EXPECT_EQ(gTree.paths, Paths{"/b"});
-  tree_load(nullptr, "");
-  EXPECT_EQ(told, "+0/a+1/b-0*");
-  EXPECT_EQ(gTree.paths, Paths{"/"});
-  tree_watch({});
-}

@@ -3,9 +3,6 @@
 #include <cstring>
 
 #include "core/state.h"
-#include "platform/desktop.h"
-#include "platform/terminal/terminal.h"
-#include "tests/support/slow_mount.h"
 #include "tests/support/temp_dir.h"
 #include "views/fname.h"
 
@@ -64,18 +61,4 @@ TEST(NewItem, ConvertsToTheAlternateEncodingOrSaysThatItCannot) {
   gConfig->flags = before;
   gConfig->encoding[0] = '\0';
   fname_set_translation("");
-}
-
-// Ends after the ten seconds that a file system is given, while events run.
-TEST(NewItem, AFileSystemThatHangsDoesNotTakeTheWindowWithIt) {
-  SlowMount mount("lookup", 600000);
-  if (!mount.mounted()) GTEST_SKIP() << "no file system in user space here";
-  terminal_start() = Terminal();
-  int ticks = 0;
-  const int timer = desk_timer_start(50, [&] { ticks++; });
-  const NewItemResult result = new_item_create(1, mount.path(), "entry05");
-  desk_timer_stop(timer);
-  EXPECT_EQ(result.message, "Unable to create file 'entry05'\n");
-  EXPECT_FALSE(result.created);
-  EXPECT_GT(ticks, 3);
 }

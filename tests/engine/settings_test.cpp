@@ -146,16 +146,3 @@ TEST(History, ReadsAndSavesItsFiles) {
   cl_save(&history, dir.path().c_str(), "h");
   EXPECT_EQ(read_file(dir / "h"), "last\nfirst\n");
 }
-
-TEST(History, SavesThreeOfFiveAndGivesTheFilterItsStar) {
-  TempDir dir;
-  write_file(dir / "with.001", "viewer\n");
-  init_read_cboxs(dir.path().c_str());
-  EXPECT_EQ(history_texts(gSpecList) + history_texts(gWithList), "*|viewer|");
-  for (History* history : {gPathList, gSpecList, gWithList, gCopyList, gPatternList}) cl_add(history, "new");
-  init_save_cboxs(dir.path().c_str());
-  EXPECT_EQ(dir.shell("grep . *"),
-            "fspec.001:new\nfspec.001:*\ngoto.001:new\npattern.001:new\nwith.001:viewer\n");
-  init_destroy_cboxs();
-  EXPECT_EQ(gPathList, nullptr);
-}
