@@ -1,10 +1,12 @@
 #include "fileops/uri_list.h"
 
 #include <strings.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -70,14 +72,23 @@ bool starts_with_nocase(std::string_view text, std::string_view prefix) {
   return text.size() >= prefix.size() && strncasecmp(text.data(), prefix.data(), prefix.size()) == 0;
 }
 
+bool names_this_machine(std::string_view host) {
+  if (host.empty() || (host.size() == 9 && starts_with_nocase(host, "localhost"))) return true;
+  char own[256] = "";
+  gethostname(own, sizeof own - 1);
+  return host.size() == std::strlen(own) && starts_with_nocase(host, own);
+}
+
 // The path of a local file's URI, still escaped; empty for any other text.
 std::string_view uri_local_path(std::string_view uri) {
   if (!starts_with_nocase(uri, "file:/")) return {};
   uri.remove_prefix(5);
   if (!uri.starts_with("//")) return uri;  // file:/p
   uri.remove_prefix(2);
-  if (starts_with_nocase(uri, "localhost/")) uri.remove_prefix(9);
-  return uri.starts_with('/') ? uri : std::string_view();
+  const std::string_view host = uri.substr(0, uri.find('/'));
+  if (host.size() == uri.size() || !names_this_machine(host)) return {};
+  uri.remove_prefix(host.size());
+  return uri;
 }
 
 // Splits a path into its directory and last component, without doubled or trailing slashes. False for the
@@ -156,6 +167,11 @@ std::vector<TransferList> uri_list_decode(std::string_view bytes) {
     sorted.add(dir, name);
   }
   return std::move(sorted.lists);
+}
+
+bool uri_names_root(std::string_view uri) {
+  const std::string_view path = uri_local_path(uri);
+  return !path.empty() && path.find_first_not_of('/') == std::string_view::npos;
 }
 
 std::string gnome_files_encode(const TransferList& list, bool cut) {

@@ -18,6 +18,9 @@ inline constexpr char kMimePlainText[] = "text/plain";
 std::string uri_list_encode(const TransferList& list);
 std::vector<TransferList> uri_list_decode(std::string_view bytes);
 
+// True for a local file's URI that names "/", which is no name in any directory.
+bool uri_names_root(std::string_view uri);
+
 // "copy" or "cut", then LF and the URI for each file.
 std::string gnome_files_encode(const TransferList& list, bool cut);
 // False, writing nothing, when the first line is neither word or no file follows.

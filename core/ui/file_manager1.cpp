@@ -16,6 +16,7 @@
 #include "core/command.h"
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
+#include "dirmodel/fs_probe.h"
 #include "fileops/uri_list.h"
 #include "platform/host.h"
 #include "views/find.h"
@@ -27,7 +28,8 @@ namespace {
 
 constexpr char kShow[] = "ZAN_SHOW";
 constexpr char kActivated[] = "ZAN_ACTIVATED";
-constexpr int kMostWindows = 20;  // what one call may open
+constexpr int kMostWindows = 20;      // what one call may open
+constexpr size_t kMostTold = 100000;  // bytes of names for a new window: the system passes on 128 KiB
 
 // A window that the bus started has nothing of its own to show: the first call may have it.
 bool sUnclaimed = false;
@@ -53,39 +55,70 @@ void select_items(const std::vector<std::string>& names, bool properties) {
   if (properties && first >= 0) property_dlg_open();
 }
 
-// Shows a directory with these of its names selected, here when this window shows it already.
-void show(const std::string& dir, const std::vector<std::string>& names, bool properties) {
-  if (window_is_free() && gDir.path == dir) {
-    wfocus(base_window());
-    select_items(names, properties);
-    return;
+// The caller's right to bring a window to the front, handed over to the first window that is shown for it.
+class StartupId {
+ public:
+  explicit StartupId(const QString& id) : id_(id.toUtf8()) {}
+  void give(void (*act)(const std::string& dir), const std::string& dir) {
+    const char* const names[] = {"DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN"};
+    for (const char* name : names)
+      if (!id_.isEmpty()) qputenv(name, id_);
+    act(dir);
+    for (const char* name : names) qunsetenv(name);
+    id_.clear();
   }
-  if (sUnclaimed && window_is_free()) {
+
+ private:
+  QByteArray id_;
+};
+
+// What is not there, or no longer, is shown by the nearest directory above it.
+std::string directory_above(std::string dir) {
+  while (dir.size() > 1 && fs_path_is_directory(dir.c_str()) <= 0)
+    dir.resize(std::max<size_t>(dir.rfind('/'), 1));
+  return dir;
+}
+
+// Shows a directory with these of its names selected, here when this window shows it already.
+void show(const std::string& wanted, std::vector<std::string> names, bool properties, StartupId* startup) {
+  const std::string dir = directory_above(wanted);
+  if (dir != wanted) names.clear();  // they were not meant to be looked for there
+  const bool here = window_is_free() && gDir.path == dir;
+  if (here || (sUnclaimed && window_is_free())) {
     sUnclaimed = false;
-    wfocus(base_window());
-    if (fl_newpath(dir.c_str()) == 0 || gDir.path == dir) select_items(names, properties);
+    startup->give([](const std::string&) { wfocus(base_window()); }, dir);
+    if (here || fl_newpath(dir.c_str()) == 0 || gDir.path == dir) select_items(names, properties);
     return;
   }
   std::string told = properties ? "properties" : "items";
-  for (const std::string& name : names) told += '/' + name;  // the one byte that no name holds
+  for (const std::string& name : names) {
+    if (told.size() + name.size() > kMostTold) break;
+    told += '/' + name;  // the one byte that no name holds
+  }
   setenv(kShow, told.c_str(), 1);
-  misc_spawn(0, host_program(), {dir});
+  startup->give([](const std::string& path) { misc_spawn(0, host_program(), {path}); }, dir);
   unsetenv(kShow);
 }
 
-void show_items(const QStringList& uris, bool properties) {
+void show_items(const QStringList& uris, const QString& startup_id, bool properties) {
+  StartupId startup(startup_id);
   int windows = 0;
+  for (const QString& uri : uris)
+    if (uri_names_root(uri.toStdString()) && ++windows == 1) show("/", {}, false, &startup);
   for (const TransferList& list : lists_of(uris))
-    if (++windows <= kMostWindows) show(list.dir, list.names, properties);
+    if (++windows <= kMostWindows) show(list.dir, list.names, properties, &startup);
 }
 
-void show_folders(const QStringList& uris) {
+void show_folders(const QStringList& uris, const QString& startup_id) {
+  StartupId startup(startup_id);
   int windows = 0;
-  for (const TransferList& list : lists_of(uris)) {
-    for (const std::string& name : list.names) {
-      if (++windows > kMostWindows) return;
-      show(list.dir == "/" ? "/" + name : list.dir + "/" + name, {}, false);
-    }
+  for (const QString& uri : uris) {
+    std::string folder = uri_names_root(uri.toStdString()) ? "/" : "";
+    for (const TransferList& list : lists_of({uri}))
+      folder = (list.dir == "/" ? "" : list.dir) + "/" + list.names.front();
+    if (folder.empty()) continue;
+    if (++windows > kMostWindows) return;
+    show(folder, {}, false, &startup);
   }
 }
 
@@ -98,14 +131,14 @@ class FileManager1 : public QDBusAbstractAdaptor {
 
  public Q_SLOTS:
   // Answered at once and shown from the event loop: the caller must not wait for a reading.
-  Q_NOREPLY void ShowFolders(const QStringList& uris, const QString&) {
-    QTimer::singleShot(0, this, [uris] { show_folders(uris); });
+  Q_NOREPLY void ShowFolders(const QStringList& uris, const QString& id) {
+    QTimer::singleShot(0, this, [uris, id] { show_folders(uris, id); });
   }
-  Q_NOREPLY void ShowItems(const QStringList& uris, const QString&) {
-    QTimer::singleShot(0, this, [uris] { show_items(uris, false); });
+  Q_NOREPLY void ShowItems(const QStringList& uris, const QString& id) {
+    QTimer::singleShot(0, this, [uris, id] { show_items(uris, id, false); });
   }
-  Q_NOREPLY void ShowItemProperties(const QStringList& uris, const QString&) {
-    QTimer::singleShot(0, this, [uris] { show_items(uris, true); });
+  Q_NOREPLY void ShowItemProperties(const QStringList& uris, const QString& id) {
+    QTimer::singleShot(0, this, [uris, id] { show_items(uris, id, true); });
   }
 };
 

@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
 """"Show in folder" of other programs: the desktop's file-manager interface on the session bus."""
 import os
+import shutil
 import subprocess
 import sys
+import time
 
 from harness import run, wait_for
 
@@ -14,9 +16,9 @@ def start_bus(desk):
 
 
 def call(desk, method, *uris):
-    subprocess.run(["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.FileManager1",
-                    "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1." + method,
-                    "array:string:" + ",".join(uris), "string:"], env=desk.env, check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(["gdbus", "call", "--session", "--dest=org.freedesktop.FileManager1",
+                    "--object-path=/org/freedesktop/FileManager1", "--method=org.freedesktop.FileManager1." + method,
+                    "@as " + repr(list(uris)), ""], env=desk.env, check=True, stdout=subprocess.DEVNULL)
 
 
 def offered(desk):
@@ -65,6 +67,45 @@ def opens_folders_and_items_in_windows(desk):
     wait_for(lambda: len(titles(desk)) == 3, "a window and its properties")
 
 
+def answers_odd_calls_with_the_nearest_directory(desk):
+    start_bus(desk)
+    here = os.path.join(desk.work, "here")
+    for name in ("here/%d" % number for number in range(1000)):
+        desk.make(name + "x" * 50)
+    odd = os.path.join(desk.work.encode(), b"odd \xff,\n").decode(errors="surrogateescape")
+    os.mkdir(odd)
+    desk.start(here)
+    wait_for(lambda: offered(desk), "the name on the bus")
+    for method, uris, shown in (
+            ("ShowFolders", [], None), ("ShowItems", ["", "file:", "nothing", "file://elsewhere/etc/passwd"], None),
+            ("ShowFolders", ["file:///"], "/"), ("ShowFolders", ["file://" + desk.work + "/gone/too"], desk.work),
+            ("ShowItemProperties", ["file://" + desk.work + "/gone/here"], desk.work),
+            ("ShowFolders", ["file://" + desk.work + "/odd%20%ff%2C%0A"], "/odd"),
+            ("ShowItems", [f"file://{here}/{number}{'x' * 50}" for number in range(1000)], None)):
+        call(desk, method, *uris)
+        if shown:
+            wait_for(lambda want=shown: any(want in title for title in titles(desk)[1:]), f"{method} {uris}")
+            subprocess.run(["wmctrl", "-i", "-c", listed(desk)[-1][0]], env=desk.env, check=True)
+        wait_for(lambda: len(titles(desk)) == 1, f"no more windows after {method} {uris[:2]}")
+        time.sleep(0.2)
+
+
+def is_started_by_the_bus(desk):
+    """The installed service file starts the launcher, and the call's directory is shown in that one window."""
+    services = os.path.join(desk.root, "data/dbus-1/services")
+    packaging = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../packaging")
+    os.makedirs(services)
+    shutil.copy(os.path.join(packaging, "org.freedesktop.FileManager1.service"), services)
+    desk.env.update(XDG_DATA_HOME=os.path.join(desk.root, "data"), PATH=":".join((packaging, desk.bin, desk.env["PATH"])))
+    desk.make("there/one.txt")
+    start_bus(desk)
+    for folder in ("there", "."):
+        call(desk, "ShowFolders", "file://" + os.path.join(desk.work, folder) if folder != "." else "file://" + desk.work)
+        want = "ZAN: " + os.path.normpath(os.path.join(desk.work, folder))
+        wait_for(lambda: want in titles(desk), "a window on " + folder)
+    assert len(titles(desk)) == 2, titles(desk)
+
+
 def starts_nothing_without_a_bus(desk):
     before = set(os.listdir("/proc"))
     app = desk.start(desk.work)
@@ -82,4 +123,5 @@ def starts_nothing_without_a_bus(desk):
     assert app.wait() == 0
 
 
-sys.exit(run([opens_folders_and_items_in_windows, starts_nothing_without_a_bus]))
+sys.exit(run([opens_folders_and_items_in_windows, answers_odd_calls_with_the_nearest_directory,
+              is_started_by_the_bus, starts_nothing_without_a_bus]))
