@@ -7,6 +7,21 @@ endif()
 # It names no directory: the place where a package or --prefix puts the programs is not known when this is configured.
 install(FILES packaging/org.freedesktop.FileManager1.service DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
 install(FILES packaging/zan.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+# Software centres fetch screenshots from the web. Who publishes docs/images there says where; no address, no screenshots.
+set(ZAN_SCREENSHOTS_URL "" CACHE STRING "https address of the published docs/images, for the AppStream metainfo")
+set(metainfo_screenshots "")
+if(ZAN_SCREENSHOTS_URL)
+  foreach(shot "window|A directory beside the favourite ones" "operations|A copy that runs" "properties|The properties of a file")
+    string(REPLACE "|" ";" shot "${shot}")
+    list(GET shot 0 image)
+    list(GET shot 1 caption)
+    string(APPEND metainfo_screenshots "    <screenshot><caption>${caption}</caption>"
+      "<image type=\"source\">${ZAN_SCREENSHOTS_URL}/${image}.png</image></screenshot>\n")
+  endforeach()
+  string(REGEX REPLACE "^    <screenshot>" "    <screenshot type=\"default\">" metainfo_screenshots "${metainfo_screenshots}")
+  string(PREPEND metainfo_screenshots "  <screenshots>\n")
+  string(APPEND metainfo_screenshots "  </screenshots>\n")
+endif()
 configure_file(packaging/zan.metainfo.xml.in zan.metainfo.xml @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zan.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(FILES docs/man/zan.1 docs/man/zan-launch.1 docs/man/zan-op.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
@@ -23,6 +38,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6svg6, file, sensible-utils, xterm | x-terminal-emulator")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "xdg-utils, qt6-wayland")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6ct | qt6-gtk-platformtheme")
 set(CPACK_PACKAGE_DESCRIPTION
   "zan shows one directory at a time in a multi-column list beside a pane of your
 favourite directories. Copies, moves and deletes run beside the window, each

@@ -32,9 +32,8 @@ const HelpTopic kHelpTopics[] = {
      "<p>The path field takes a path; while you type, it is completed from the paths used before. "
      "<b>Escape</b> "
      "twice completes the name of a directory. The filter field shows only files whose names match: "
-     "<b>*.c|*.h</b>; a leading <b>^</b> ignores case. A click on a column's header sorts by it, a second "
-     "click "
-     "turns the order round.</p>"},
+     "<b>*.c|*.h</b>; a leading <b>^</b> ignores case. A click on a column's header, or <b>Ctrl</b> with "
+     "its number, sorts by it, a second one turns the order round.</p>"},
     {"Finding by typing",
      "<p>Typing in the list goes to the first name that begins with what you typed, or that matches it as a "
      "pattern. <b>Enter</b> opens it, <b>Escape</b> forgets it, and so does a pause.</p>"
@@ -58,7 +57,11 @@ const HelpTopic kHelpTopics[] = {
      "overwritten without a question unless the preferences say so.</p>"},
     {"The hotlist",
      "<p>The pane on the left holds your favourite directories, each a tree that unfolds. Drag them into the "
-     "order you like; the Hotlist menu lists the same paths.</p>"},
+     "order you like, or move the current one with <b>Alt+Shift+Up</b> and <b>Down</b>; the Hotlist menu "
+     "lists the "
+     "same paths. <b>Alt+Shift+Left</b> and <b>Right</b> move the divider between the panes, <b>Tab</b> goes "
+     "from "
+     "one to the next.</p>"},
 };
 
 QString help_topic_html(const HelpTopic& topic) {

@@ -186,6 +186,20 @@ TEST_F(TreePane, DraggingReordersTopLevelItems) {
   EXPECT_EQ(texts(), before);
 }
 
+TEST_F(TreePane, KeysReorderTopLevelItemsAndMoveTheDivider) {
+  start("true", {"/a", "/b", "/c"});
+  tree()->setFocus();
+  tree()->setCurrentItem(top(0));
+  QTest::keyClick(tree(), Qt::Key_Up, Qt::AltModifier | Qt::ShiftModifier);
+  EXPECT_EQ(gTree.paths, (Texts{"/a", "/b", "/c"}));
+  for (int i = 0; i < 3; ++i) QTest::keyClick(tree(), Qt::Key_Down, Qt::AltModifier | Qt::ShiftModifier);
+  EXPECT_EQ(gTree.paths, (Texts{"/b", "/c", "/a"}));
+  EXPECT_EQ(texts(), gTree.paths);
+  const int width = tree()->width();
+  QTest::keyClick(tree(), Qt::Key_Right, Qt::AltModifier | Qt::ShiftModifier);
+  EXPECT_GT(tree()->width(), width);
+}
+
 TEST_F(TreePane, TheMenuButtonChoosesWhatRemoveRemoves) {
   start("mkdir -p a/x", {"/one", dir_ / "a", "/two"});
   const auto ask_menu = [&](const QPoint& at) {

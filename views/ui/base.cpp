@@ -26,6 +26,7 @@
 #include "views/ui/base_wiring.h"
 #include "views/ui/file_list_parts.h"
 #include "views/ui/navigation.h"
+#include "views/ui/pane_keys.h"
 #include "views/ui/path_bar.h"
 #include "views/ui/status_bar.h"
 
@@ -136,6 +137,7 @@ void base_create() {
   base_wire_list(sUi.filelist);
   fl_set_notify_cb(base_update);
   base_wire_menus(sBase);
+  pane_keys_setup(sBase, sUi.splitter, sUi.tree);
   base_set_divider_metrics(gConfig);
   base_set_window_metrics(gConfig);
   show_sort_method();
