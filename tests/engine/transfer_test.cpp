@@ -1,5 +1,6 @@
 // What the clipboard carries: our own form, and those of other file managers.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "fileops/transfer_codec.h"
 #include "fileops/uri_list.h"
@@ -41,6 +42,8 @@ TEST(UriList, WritesWhatOtherFileManagersRead) {
 }
 
 TEST(UriList, ReadsTolerantlyAndRefusesWhatIsNotALocalFile) {
+  char own[256] = "";  // this machine's name
+  gethostname(own, sizeof own - 1);
   const std::pair<std::string, std::string> rows[] = {
       {"file:///a/b\r\nfile:///a/c\r\n", "/a: [b] [c]\n"},
       {"file:///a/b\nfile:///a/c", "/a: [b] [c]\n"},
@@ -51,6 +54,7 @@ TEST(UriList, ReadsTolerantlyAndRefusesWhatIsNotALocalFile) {
       {"file:///a/b\r\nfile:///a//b\r\n", "/a: [b]\n"},
       {"file:///\r\nfile:///..\r\nfile:///a/../b\r\nfile:///a/%2E%2E\r\n", ""},
       {"file:///a%2\r\nfile:///a%zz\r\nfile:///a%00b\r\nfile:///%\r\n", ""},
+      {std::string("FILE://") + own + "/a/b\r\n", "/a: [b]\n"},
       {"file:///a/b#c?d\r\n", "/a: [b#c?d]\n"},
       {"file:///a/%2F%41\r\n", "/a: [A]\n"},
       {std::string("\0\0\r\n\n", 5), ""},
