@@ -99,8 +99,9 @@ bool belongs_to_list(const char* keys) {
 void set_keys(QAction* action, const MenuEntry& entry, QMainWindow* window) {
   if (*entry.keys == '\0') return;
   action->setShortcuts(all_keys_of(entry.keys));
+  if (!belongs_to_list(entry.keys)) return;
   QWidget* list = window->findChild<QWidget*>(QStringLiteral("filelist"));
-  if (!list || !belongs_to_list(entry.keys)) return;
+  if (!list) return;
   action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
   list->addAction(action);
 }

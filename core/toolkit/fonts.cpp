@@ -1,7 +1,6 @@
 #include "core/toolkit/fonts.h"
 
 #include <QFontDatabase>
-#include <QRegularExpression>
 #include <QWidget>
 
 namespace {
@@ -30,6 +29,10 @@ QString short_name(const QFont& font) {
          (font.italic() ? QStringLiteral("i") : QString());
 }
 
+bool is_digit(QChar c) {
+  return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+}
+
 bool same_font(const QFont& a, const QFont& b) {
   return a.family() == b.family() && a.toString() == b.toString();
 }
@@ -41,13 +44,20 @@ QFont font_from_name(const QString& name) {
     QFont font;
     return font.fromString(name) && !font.family().isEmpty() ? font : desktop_font();
   }
-  static const QRegularExpression form(QStringLiteral("^(.*?)(\\d{1,3})(b?i?)$"));
-  const QRegularExpressionMatch parts = form.match(name);
-  if (!parts.hasMatch()) return stem_font(name);
-  QFont font = stem_font(parts.captured(1));
-  if (const int size = parts.captured(2).toInt(); size > 0) font.setPointSize(size);
-  font.setBold(parts.captured(3).contains(QLatin1Char('b')));
-  font.setItalic(parts.captured(3).contains(QLatin1Char('i')));
+  // Stem, up to three digits, letters, read from the end.
+  qsizetype letters = name.size();
+  const bool italic = letters > 0 && name[letters - 1] == QLatin1Char('i');
+  letters -= italic;
+  const bool bold = letters > 0 && name[letters - 1] == QLatin1Char('b');
+  letters -= bold;
+  qsizetype digits = letters;
+  while (digits > 0 && letters - digits < 3 && is_digit(name[digits - 1])) --digits;
+  if (digits == letters) return stem_font(name);
+  QFont font = stem_font(name.left(digits));
+  if (const int size = QStringView(name).mid(digits, letters - digits).toInt(); size > 0)
+    font.setPointSize(size);
+  font.setBold(bold);
+  font.setItalic(italic);
   return font;
 }
 

@@ -56,6 +56,9 @@ class SvgEngine : public QIconEngine {
   QIconEngine* clone() const override { return new SvgEngine(name_); }
   QString iconName() override { return name_; }
 
+  // What a window's image is made in; without these, sizes that hardly a window manager shows are drawn, too.
+  QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override { return {{16, 16}, {32, 32}, {48, 48}}; }
+
   QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
     return scaledPixmap(size, mode, state, 1.0);
   }

@@ -1,11 +1,13 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QStyle>
 #include <cstdio>
 
 #include "core/command_line.h"
 #include "core/toolkit/appearance.h"
 #include "core/toolkit/icons.h"
+#include "core/toolkit/style.h"
 #include "core/ui/signals.h"
 #include "core/ui/startup.h"
 #include "platform/host.h"
@@ -40,6 +42,7 @@ int main(int argc, char** argv) {
   qInstallMessageHandler(report_fatal);
   int own_argc = 1;  // the toolkit parses nothing of the command line
   QApplication application(own_argc, argv);
+  QApplication::setStyle(new ZanStyle(QApplication::style()->name()));
   QApplication::setApplicationName(QStringLiteral("zan"));
   QApplication::setApplicationDisplayName(QString());
   appearance_setup();

@@ -26,9 +26,10 @@ std::string_view mime_view(const QByteArray& bytes) {
   return {bytes.constData(), static_cast<size_t>(bytes.size())};
 }
 
+// Not asked for by hasFormat first: that lists what the clipboard could be turned into, and has all image
+// plug-ins looked through for it, also when nobody has put anything there.
 QByteArray mime_offered(const QMimeData& mime, const char* type) {
-  const QString name = QString::fromLatin1(type);
-  return mime.hasFormat(name) ? mime.data(name) : QByteArray();
+  return mime.data(QString::fromLatin1(type));
 }
 
 TransferList without_empty_names(TransferList list) {

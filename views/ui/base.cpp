@@ -57,6 +57,9 @@ Ui::base sUi;
 bool sSaved = false;
 bool sKeepTyping = false;
 
+// So long the window waits for its first list, to be laid out and painted once: nearly all are read by then.
+constexpr int kFirstListMs = 50;
+
 struct ToolAction {
   QAction* Ui::base::*action;
   void (*handler)();
@@ -103,12 +106,8 @@ void place_window(const CommandLine& line) {
     const QPoint now = sBase->pos();
     sBase->move(line.x.value_or(now.x()), line.y.value_or(now.y()));
   }
-  if (line.state == 'i')
-    sBase->showMinimized();
-  else if (line.state == 'm')
-    sBase->showMaximized();
-  else
-    sBase->show();
+  if (line.state == 'i') sBase->setWindowState(Qt::WindowMinimized);
+  if (line.state == 'm') sBase->setWindowState(Qt::WindowMaximized);
 }
 
 }  // namespace
@@ -126,7 +125,6 @@ void base_create() {
   sSaved = false;
   sUi = {};
   sUi.setupUi(sBase);
-  sBase->setWindowIcon(icon_get("zan"));
   setup_toolbars();
   path_bar_setup(sUi.tb_curpath, sUi.tb_filespec);
   sUi.tree->setFont(font_from_name(QString::fromUtf8(gConfig->tree_font)));
@@ -145,9 +143,18 @@ void base_create() {
   QTimer::singleShot(0, sBase, base_colours_changed);
 }
 
+void base_show() {
+  if (sBase && !sBase->isVisible() && !program_ending()) sBase->show();
+}
+
 void base_open(const CommandLine& line) {
   place_window(line);
+  QTimer late;
+  late.setSingleShot(true);
+  QObject::connect(&late, &QTimer::timeout, sBase, base_show);
+  late.start(kFirstListMs);
   fl_setpath(gStartPath.c_str());
+  base_show();
   show_sort_method();
 }
 

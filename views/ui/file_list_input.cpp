@@ -1,7 +1,6 @@
 // Keys and the pointer in the file list. The widget's own selection handling is not used: the selection is
 // the entries' flags, so that any change of many rows stays one pass.
 #include <QApplication>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -9,6 +8,7 @@
 #include <QStyledItemDelegate>
 
 #include "core/interp.h"
+#include "core/toolkit/header.h"
 #include "dirmodel/dir_record.h"
 #include "platform/desktop.h"
 #include "views/ui/file_list_hooks.h"
@@ -61,6 +61,7 @@ InterpKey typed_key(const QKeyEvent* event) {
 }  // namespace
 
 FileListView::FileListView(QWidget* parent) : QTreeView(parent) {
+  setHeader(new PlainHeader(this));
   setItemDelegate(new RowDelegate(this));
   setSelectionMode(QAbstractItemView::NoSelection);
   setEditTriggers(QAbstractItemView::NoEditTriggers);

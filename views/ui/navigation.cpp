@@ -49,7 +49,10 @@ std::string checked_path(const std::string& text) {
   std::string message;
   const std::string path = x_check_path(text.c_str(), gDir.path, &message);
   if (attempt != sAttempts || desk_ended()) return {};
-  if (!message.empty()) wreport(base_window(), "Error", "%s", message.c_str());
+  if (!message.empty()) {
+    base_show();  // the first path may be wrong
+    wreport(base_window(), "Error", "%s", message.c_str());
+  }
   return path;
 }
 

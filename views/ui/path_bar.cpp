@@ -137,8 +137,18 @@ class PickOnlyFromList : public QObject {
   }
 };
 
+// A box that is made editable builds its list and a completer at once. This one builds its list when it drops
+// down, and completes in its own way.
+void make_editable(QComboBox* combo) {
+  QCompleter none;
+  auto* line = new QLineEdit(combo);
+  line->setCompleter(&none);
+  combo->setLineEdit(line);
+  line->setCompleter(nullptr);
+}
+
 void setup_combo(QComboBox* combo) {
-  combo->setCompleter(nullptr);
+  make_editable(combo);
   combo->setDuplicatesEnabled(true);
   combo->installEventFilter(new PickOnlyFromList(combo));
   // The widget takes a text that is merely left behind for a pick when the list happens to hold it.

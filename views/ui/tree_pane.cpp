@@ -4,7 +4,6 @@
 // only once it is on the screen.
 #include "views/ui/tree_pane.h"
 
-#include <QHeaderView>
 #include <QIcon>
 #include <QPointer>
 #include <QScrollBar>
@@ -13,6 +12,7 @@
 
 #include "commands/ui/context_menus.h"
 #include "core/state.h"
+#include "core/toolkit/header.h"
 #include "core/toolkit/icons.h"
 #include "dirmodel/dir_record.h"
 #include "dirmodel/text.h"
@@ -97,6 +97,7 @@ void tree_setup(QTreeWidget* tree) {
   const char* const names[] = {"closed_folder", "open_folder", "invalid_folder", "file"};
   for (int i = 0; i < 4; ++i) sTreeImages[i] = icon_get(names[i]);
   sPane = tree;
+  tree->setHeader(new PlainHeader(tree));
   tree->setHeaderHidden(true);
   tree->setUniformRowHeights(true);
   // Long paths are scrolled to, not cut.
