@@ -4,10 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "fileops/alloc_list.h"
 #include "fileops/fop.h"
@@ -91,5 +94,28 @@ static void BM_ProgressOfOneStride(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_ProgressOfOneStride);
+
+// From a cancel until the worker of a paused operation goes on to its end; worst_ms is to stay under 50.
+static void BM_CancelWhilePaused(benchmark::State& state) {
+  using Clock = std::chrono::steady_clock;
+  double worst = 0;
+  int moment = 0;
+  for (auto _ : state) {
+    fop_request request;
+    request.control = std::make_shared<fop_control>();
+    request.control->pause = 1;
+    std::thread worker([&] { benchmark::DoNotOptimize(fop_cancelled(&request)); });
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(10 + 7 * moment++ % 41));  // anywhere between two looks
+    const auto begun = Clock::now();
+    request.control->cancel = 1;
+    worker.join();
+    const double seconds = std::chrono::duration<double>(Clock::now() - begun).count();
+    state.SetIterationTime(seconds);
+    worst = std::max(worst, seconds);
+  }
+  state.counters["worst_ms"] = worst * 1e3;
+}
+BENCHMARK(BM_CancelWhilePaused)->Iterations(100)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();
