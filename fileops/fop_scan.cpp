@@ -107,37 +107,51 @@ bool leads_above(const ScanItem& item, fop_identity identity) {
   return fstatat(AT_FDCWD, item.request->groups[0]->dir, &top, 0) == 0 && fop_identity_of(top) == identity;
 }
 
-// Registers one name as a directory lists it.
-bool keep_name(fop_request* request, const dirent64& entry, std::vector<uint8_t>* types) {
-  const char* name = entry.d_name;
-  if (name[0] == '.' && (!name[1] || (name[1] == '.' && !name[2]))) return true;
-  char* copy = strdup(name);
-  if (!alloc_add(request->mem, copy)) {
-    std::free(copy);
+// What a directory lists: its names and what it told of each.
+struct Listing {
+  std::vector<char*> names;
+  std::vector<uint8_t> types;
+};
+
+bool is_dot(const char* name) {
+  return name[0] == '.' && (!name[1] || (name[1] == '.' && !name[2]));
+}
+
+// Registers the names of one filled buffer, in one block: a block for each would cost as much time as the
+// rest.
+bool keep_names(fop_request* request, ssize_t filled, Listing* listing) {
+  size_t size = 1;
+  const auto entry_at = [&](ssize_t at) { return reinterpret_cast<const dirent64*>(request->buf + at); };
+  for (ssize_t at = 0; at < filled; at += entry_at(at)->d_reclen)
+    size += std::strlen(entry_at(at)->d_name) + 1;
+  char* free_place = static_cast<char*>(std::malloc(size));
+  if (!alloc_add(request->mem, free_place)) {
+    std::free(free_place);
     return false;
   }
-  types->push_back(entry.d_type);
-  ++request->total_items;
-  fop_update_info(request, "Scanning", nullptr, nullptr, nullptr, nullptr, FOP_PERCENT_KEEP, FOP_TIME_KEEP);
+  for (ssize_t at = 0; at < filled && !fop_cancelled(request); at += entry_at(at)->d_reclen) {
+    const dirent64& entry = *entry_at(at);
+    if (is_dot(entry.d_name)) continue;
+    listing->names.push_back(free_place);
+    listing->types.push_back(entry.d_type);
+    free_place = stpcpy(free_place, entry.d_name) + 1;
+    ++request->total_items;
+    fop_update_info(request, "Scanning", nullptr, nullptr, nullptr, nullptr, FOP_PERCENT_KEEP, FOP_TIME_KEEP);
+  }
   return true;
 }
 
-// Registers every name of the directory; types get what the directory told of each. The copy buffer, idle
-// while the list is built, takes the entries: a stream would cost a block and three calls for every
-// directory.
-ScanStep read_names(const ScanItem& item, int dir, std::vector<uint8_t>* types) {
+// The copy buffer, idle while the list is built, takes the entries: a stream would cost a block and three
+// calls for every directory.
+ScanStep read_names(const ScanItem& item, int dir, Listing* listing) {
   fop_request* request = item.request;
   for (;;) {
     const ssize_t filled = getdents64(dir, request->buf, request->bufsize);
     if (filled < 0 && errno == EINTR) continue;
     if (filled < 0) return report(item, "Dir Reading", "Unable to read ", " directory");
-    if (filled == 0) return fop_cancelled(request) ? ScanStep::abort : ScanStep::next;
-    for (ssize_t at = 0; at < filled;) {
-      const auto* entry = reinterpret_cast<const dirent64*>(request->buf + at);
-      if (fop_cancelled(request)) return ScanStep::abort;
-      if (!keep_name(request, *entry, types)) return out_of_memory();
-      at += entry->d_reclen;
-    }
+    if (filled > 0 && !keep_names(request, filled, listing)) return out_of_memory();
+    if (fop_cancelled(request)) return ScanStep::abort;
+    if (filled == 0) return ScanStep::next;
   }
 }
 
@@ -163,18 +177,16 @@ bool append_group(fop_request* request, fop_group* group) {
   return true;
 }
 
-// The names registered since first become the names of a new group: the registry is the scratch list, so that
-// they cost no second one.
-bool make_group(const ScanItem& item, char* path, int32_t first, const std::vector<uint8_t>& types,
-                fop_identity identity) {
+// What was listed becomes a new group.
+bool make_group(const ScanItem& item, char* path, const Listing& listing, fop_identity identity) {
   fop_request* request = item.request;
-  const size_t count = types.size();
+  const size_t count = listing.names.size();
   char** names = registered<char*>(request, count);
   uint8_t* kinds = registered<uint8_t>(request, count);
   fop_group* group = registered<fop_group>(request, 1);
   if (!names || !kinds || !group) return false;
-  std::copy_n(reinterpret_cast<char**>(request->mem->items) + first, count, names);
-  std::copy(types.begin(), types.end(), kinds);
+  std::copy(listing.names.begin(), listing.names.end(), names);
+  std::copy(listing.types.begin(), listing.types.end(), kinds);
   group->dir = path;
   group->count = static_cast<int32_t>(count);
   group->names = names;
@@ -193,7 +205,6 @@ ScanStep scan_directory(const ScanItem& item) {
     std::free(path);
     return out_of_memory();
   }
-  const int32_t first = request->mem->count;
   const fop_fd fd(openat(item.dir(), item.name(),
                          O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | (item.followed ? 0 : O_NOFOLLOW)));
   struct stat opened;
@@ -206,9 +217,9 @@ ScanStep scan_directory(const ScanItem& item) {
     fop_refuse_itself(request);
     return ScanStep::abort;
   }
-  std::vector<uint8_t> types;
-  if (read_names(item, fd.get(), &types) == ScanStep::abort) return ScanStep::abort;
-  return make_group(item, path, first, types, identity) ? ScanStep::next : out_of_memory();
+  Listing listing;
+  if (read_names(item, fd.get(), &listing) == ScanStep::abort) return ScanStep::abort;
+  return make_group(item, path, listing, identity) ? ScanStep::next : out_of_memory();
 }
 
 ScanStep scan_item(ScanItem* item) {
