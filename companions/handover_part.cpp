@@ -1,5 +1,6 @@
 #include "companions/handover_part.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace {
@@ -44,4 +45,11 @@ void handover_files(const Words& files, const std::vector<const char*>& programs
 void handover_address(const std::string& address, const std::vector<const char*>& programs,
                       const std::string& what) {
   handover({address}, programs, what);
+}
+
+int handover_main(int argc, char** argv, const char* help, const std::vector<const char*>& programs,
+                  const std::string& what) {
+  companion_start(argc, argv, help);
+  if (argc < 2) return std::fputs(help, stderr), 2;
+  handover_files(Words(argv + 1, argv + argc), programs, what);
 }

@@ -10,3 +10,6 @@
 // The same for one address.
 [[noreturn]] void handover_address(const std::string& address, const std::vector<const char*>& programs,
                                    const std::string& what);
+// All that a companion does which hands over the files it was started with. Without any: its help, and 2.
+int handover_main(int argc, char** argv, const char* help, const std::vector<const char*>& programs,
+                  const std::string& what);

@@ -1,6 +1,4 @@
 // Plays streaming-media files with the desktop's handler, or a well-known player.
-#include <cstdio>
-
 #include "companions/handover_part.h"
 
 static const char kHelp[] =
@@ -9,9 +7,7 @@ static const char kHelp[] =
     "found.\n";
 
 int main(int argc, char** argv) {
-  companion_start(argc, argv, kHelp);
-  if (argc < 2) return std::fputs(kHelp, stderr), 2;
-  handover_files(Words(argv + 1, argv + argc),
-                 {"vlc", "mpv", "celluloid", "smplayer", "totem", "mplayer", "ffplay"},
-                 "player for streaming media");
+  return handover_main(argc, argv, kHelp,
+                       {"vlc", "mpv", "celluloid", "smplayer", "totem", "mplayer", "ffplay"},
+                       "player for streaming media");
 }

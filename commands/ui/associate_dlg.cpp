@@ -3,7 +3,6 @@
 #include <QDialog>
 #include <QKeyEvent>
 #include <QMainWindow>
-#include <QPointer>
 #include <QTreeWidget>
 
 #include "commands/associations.h"
@@ -135,11 +134,8 @@ class AssociateDialog : public QDialog {
   int32_t apat_mode_ = 0;
 };
 
-QPointer<AssociateDialog> sAssociateDialog;
 }  // namespace
 
 void associate_dlg_open() {
-  if (sAssociateDialog && sAssociateDialog->isVisible()) return;
-  sAssociateDialog = new AssociateDialog;
-  dialog_open(base_window(), sAssociateDialog);
+  dialog_open_one<AssociateDialog>(base_window());
 }

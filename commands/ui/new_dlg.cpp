@@ -17,9 +17,9 @@
 
 namespace {
 
-class NewDialog : public QDialog {
+class NewDialog : public BusyDialog {
  public:
-  NewDialog() : QDialog(base_window()) {
+  NewDialog() : BusyDialog(base_window()) {
     ui_.setupUi(this);
     const bool file = gNew_op == 1;
     setWindowTitle(QString::fromUtf8(text_get(file ? "txt_003" : "txt_004")));
@@ -28,10 +28,6 @@ class NewDialog : public QDialog {
     ui_.new_name->setFocus();
     connect(ui_.new_create, &QPushButton::clicked, this, [this] { create(); });
     connect(ui_.new_cancel, &QPushButton::clicked, this, &QDialog::reject);
-  }
-
-  void reject() override {
-    if (!busy_) QDialog::reject();
   }
 
  private:
@@ -60,16 +56,12 @@ class NewDialog : public QDialog {
   }
 
   Ui::new_dlg ui_;
-  bool busy_ = false;
 };
-
-QPointer<NewDialog> sNewDialog;
 
 }  // namespace
 
 void new_dlg_open(int kind) {
-  if (sNewDialog && sNewDialog->isVisible()) return;
+  if (dialog_one<NewDialog>()) return;
   gNew_op = kind;
-  sNewDialog = new NewDialog;
-  dialog_open(base_window(), sNewDialog);
+  dialog_open_one<NewDialog>(base_window());
 }

@@ -3,7 +3,6 @@
 #include <QDialog>
 #include <QLineEdit>
 #include <QMainWindow>
-#include <QPointer>
 #include <vector>
 
 #include "core/command.h"
@@ -53,11 +52,8 @@ class OpenWithDialog : public QDialog {
   Ui::open_with ui_;
 };
 
-QPointer<OpenWithDialog> sOpenWithDialog;
 }  // namespace
 
 void open_with_open() {
-  if (sOpenWithDialog && sOpenWithDialog->isVisible()) return;
-  sOpenWithDialog = new OpenWithDialog;
-  dialog_open(base_window(), sOpenWithDialog);
+  dialog_open_one<OpenWithDialog>(base_window());
 }

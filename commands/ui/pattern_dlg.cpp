@@ -3,7 +3,6 @@
 #include <QDialog>
 #include <QLineEdit>
 #include <QMainWindow>
-#include <QPointer>
 
 #include "core/history.h"
 #include "core/texts.h"
@@ -62,14 +61,11 @@ class PatternDialog : public QDialog {
   Ui::pattern_dlg ui_;
 };
 
-QPointer<PatternDialog> sPatternDialog;
-
 }  // namespace
 
 void pattern_dlg_open(int op) {
-  if (sPatternDialog && sPatternDialog->isVisible()) return;
+  if (dialog_one<PatternDialog>()) return;
   gPattern_op = op;
   wblock(base_window(), 1);
-  sPatternDialog = new PatternDialog;
-  dialog_open(base_window(), sPatternDialog);
+  dialog_open_one<PatternDialog>(base_window());
 }

@@ -101,7 +101,6 @@ class PropertyDialog : public QDialog {
 };
 
 int PropertyDialog::sSerial = 0;
-QPointer<PropertyDialog> sPropertyDialog;
 
 PropertyDialog::PropertyDialog(PropertyRecord record) : QDialog(base_window()), record_(std::move(record)) {
   ui_.setupUi(this);
@@ -244,7 +243,8 @@ void PropertyDialog::ask_filetype() const {
         std::string type;
         if (!as_get_filetype(entry.name.c_str(), entry.mode, &type)) return;
         desk_post([serial, type] {
-          if (sPropertyDialog && sPropertyDialog->serial() == serial) sPropertyDialog->show_filetype(type);
+          auto* dialog = dialog_one<PropertyDialog>();
+          if (dialog && dialog->serial() == serial) dialog->show_filetype(type);
         });
       },
       FILETYPE_STACK);
@@ -254,9 +254,8 @@ void PropertyDialog::ask_filetype() const {
 
 void property_dlg_open() {
   PropertyRecord record;
-  if ((sPropertyDialog && sPropertyDialog->isVisible()) || !prop_gather(gDir, &record)) return;
+  if (dialog_one<PropertyDialog>() || !prop_gather(gDir, &record)) return;
   wblock(base_window(), 1);
-  sPropertyDialog = new PropertyDialog(std::move(record));
-  dialog_open(base_window(), sPropertyDialog);
-  sPropertyDialog->ask_filetype();
+  dialog_open_one<PropertyDialog>(base_window(), std::move(record));
+  dialog_one<PropertyDialog>()->ask_filetype();
 }

@@ -17,9 +17,9 @@ namespace {
 
 constexpr int OVERWRITE_OK = 2;  // in SYMLINK_BUTTONS
 
-class SymlinkDialog : public QDialog {
+class SymlinkDialog : public BusyDialog {
  public:
-  explicit SymlinkDialog(const char* source) : QDialog(base_window()), source_(source) {
+  explicit SymlinkDialog(const char* source) : BusyDialog(base_window()), source_(source) {
     ui_.setupUi(this);
     const QString shown = QString::fromUtf8(fname_decode(source));
     ui_.symlink_src_lbl->setText(shown);
@@ -27,10 +27,6 @@ class SymlinkDialog : public QDialog {
     ui_.symlink_dst_txt->setFocus();
     connect(ui_.symlink_create, &QPushButton::clicked, this, [this] { create(); });
     connect(ui_.symlink_cancel, &QPushButton::clicked, this, &QDialog::reject);
-  }
-
-  void reject() override {
-    if (!busy_) QDialog::reject();
   }
 
  private:
@@ -64,10 +60,7 @@ class SymlinkDialog : public QDialog {
 
   Ui::symlink_dlg ui_;
   const std::string source_;  // as on disk: not every name can be had back from the text that shows it
-  bool busy_ = false;
 };
-
-QPointer<SymlinkDialog> sSymlinkDialog;
 
 const char* first_selected() {
   for (int32_t i = 0; i < gDir.count; i++) {
@@ -80,7 +73,5 @@ const char* first_selected() {
 
 void symlink_dlg_open() {
   const char* source = first_selected();
-  if (!source || (sSymlinkDialog && sSymlinkDialog->isVisible())) return;
-  sSymlinkDialog = new SymlinkDialog(source);
-  dialog_open(base_window(), sSymlinkDialog);
+  if (source) dialog_open_one<SymlinkDialog>(base_window(), source);
 }

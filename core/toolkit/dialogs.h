@@ -1,10 +1,9 @@
 // What all dialogs have in common.
 #pragma once
 
-class QDialog;
-class QSize;
-class QString;
-class QWidget;
+#include <QDialog>
+#include <QPointer>
+#include <utility>
 
 // The size that a window may have on its screen, in logical pixels: the frame that the window manager adds is
 // taken off.
@@ -17,6 +16,35 @@ void dialog_fit(QDialog* dialog);
 // Shows dialog at its natural size (cut to the screen's) centred over parent. It is modal over its own parent
 // window and deleted when it closes.
 void dialog_open(QWidget* parent, QDialog* dialog);
+
+// The dialog of a class of which there is one at a time; null while none is open.
+template <class Dialog>
+Dialog* dialog_one(Dialog* opened = nullptr) {
+  static QPointer<Dialog> one;
+  if (opened) one = opened;
+  return one && one->isVisible() ? one.data() : nullptr;
+}
+
+// Opens it, made with arguments, unless one is open.
+template <class Dialog, class... Arguments>
+void dialog_open_one(QWidget* parent, Arguments&&... arguments) {
+  if (dialog_one<Dialog>()) return;
+  auto* dialog = new Dialog(std::forward<Arguments>(arguments)...);
+  dialog_open(parent, dialog);
+  dialog_one(dialog);
+}
+
+// A dialog that stays open while what it was asked for is being done: events run meanwhile.
+class BusyDialog : public QDialog {
+ public:
+  using QDialog::QDialog;
+  void reject() override {
+    if (!busy_) QDialog::reject();
+  }
+
+ protected:
+  bool busy_ = false;
+};
 
 // A tool tip that shows the text as it stands, whatever markup a name in it looks like.
 QString tip_text(const QString& text);

@@ -3,7 +3,6 @@
 #include <QDialog>
 #include <QFontDialog>
 #include <QMainWindow>
-#include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
 #include <climits>
@@ -201,12 +200,8 @@ void ConfigDialog::apply_encoding() {
   fname_set_translation(gConfig->encoding);
 }
 
-QPointer<ConfigDialog> sConfigDialog;
-
 }  // namespace
 
 void config_dlg_open() {
-  if (sConfigDialog && sConfigDialog->isVisible()) return;
-  sConfigDialog = new ConfigDialog;
-  dialog_open(base_window(), sConfigDialog);
+  dialog_open_one<ConfigDialog>(base_window());
 }

@@ -52,10 +52,6 @@ const char* fl_row_image(const DirEntry& entry) {
   return directory ? "closed_folder" : executable ? "exec" : "file";
 }
 
-const char* fl_header_name(int column) {
-  return column >= 0 && column < FL_COLUMNS ? kColumns[column].header : "";
-}
-
 void FileListModel::rebuild(bool parent_row) {
   beginResetModel();
   parent_row_ = parent_row;

@@ -38,5 +38,3 @@ class FileListModel : public QAbstractTableModel {
 
 // The image's name for an entry of gDir.
 const char* fl_row_image(const DirEntry& entry);
-// The object name of a column's header: "fh_filename" for column 0.
-const char* fl_header_name(int column);
