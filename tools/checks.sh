@@ -11,7 +11,7 @@ sources() { git ls-files -- "$@" | grep -E '\.(cpp|h)$'; }
 check_format() { sources . | xargs clang-format --dry-run --Werror; }
 check_unity() { cmake_build "$root" unity; }
 check_asan() {
-  cmake_build "$root" asan
+  cmake_build "$root" asan zan_engine_tests zan_face_tests
   export ASAN_OPTIONS=detect_stack_use_after_return=1
   export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
   export LSAN_OPTIONS="suppressions=$root/tests/lsan.supp:print_suppressions=0"

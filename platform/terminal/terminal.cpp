@@ -1,5 +1,6 @@
 #include "platform/terminal/terminal.h"
 
+#include <errno.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -40,12 +41,15 @@ CallQueue& calls() {
   return queue;
 }
 
-// One line of the user's, or false at the end of the input and once desk_end was called.
+// One line of the user's, or false at the end of the input and once desk_end was called. A signal that
+// interrupts the look is no answer: reading then would wait for one for ever.
 bool read_answer(std::string* line) {
   constexpr int kLookMs = 50;
   pollfd input{STDIN_FILENO, POLLIN, 0};
-  while (!sEnded)
-    if (poll(&input, 1, kLookMs) != 0) return static_cast<bool>(std::getline(std::cin, *line));
+  while (!sEnded) {
+    const int ready = poll(&input, 1, kLookMs);
+    if (ready > 0 || (ready < 0 && errno != EINTR)) return static_cast<bool>(std::getline(std::cin, *line));
+  }
   return false;
 }
 

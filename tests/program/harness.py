@@ -2,9 +2,9 @@
 
     with Desktop(sys.argv[1]) as desk:          # the build's bin directory
         app = desk.start("/some/directory")     # a zan with desk.home as HOME
-        app.keys("ctrl+a"); app.type("readme"); app.click(x, y)
-        desk.wait_for(lambda: app.title().startswith("/tmp"))
-        app.close(); assert app.wait() == 0
+        app.keys("ctrl+a"); app.type("readme")
+        wait_for(lambda: app.title().startswith("ZAN: /tmp"), "the directory")
+        app.end()
 
 Nothing that was started outlives the `with`: the script is made the parent of every orphan below it, and
 what is left at the end is killed by its process id. Without a display server the script ends with 77.
@@ -23,82 +23,73 @@ PR_SET_CHILD_SUBREAPER = 36
 PATIENCE = 60.0  # seconds until a condition that never comes true is called a failure
 
 
-def wait_for(condition, what="condition", patience=PATIENCE):
-    """Waits until condition() is true and returns its value."""
-    end = time.monotonic() + patience
+def wait_for(condition, what="condition"):
+    """Waits until condition() is true and returns its value. What is awaited may be told by a function."""
+    end = time.monotonic() + PATIENCE
     while True:
         value = condition()
         if value:
             return value
         if time.monotonic() > end:
-            raise AssertionError("never happened: " + what)
+            raise AssertionError("never happened: " + (what() if callable(what) else what))
         time.sleep(0.02)
 
 
 def descendants(root):
-    """Process ids of everything below root, deepest first."""
-    children = {}
-    for name in os.listdir("/proc"):
-        if not name.isdigit():
-            continue
+    """Process ids of everything below root, parents first."""
+    parents = {}
+    for name in filter(str.isdigit, os.listdir("/proc")):
         try:
             with open(f"/proc/{name}/stat", encoding="utf-8", errors="replace") as stat:
-                parent = int(stat.read().rpartition(")")[2].split()[1])
-        except (OSError, IndexError, ValueError):
-            continue
-        children.setdefault(parent, []).append(int(name))
-    found, todo = [], [root]
-    while todo:
-        below = children.get(todo.pop(), [])
-        found += below
-        todo += below
-    return found[::-1]
+                parents[int(name)] = int(stat.read().rpartition(")")[2].split()[1])
+        except OSError:
+            pass  # it has ended meanwhile
+    found = [root]
+    for pid in found:
+        found += [child for child, parent in parents.items() if parent == pid]
+    return found[1:]
 
 
 class App:
     """One running program with (at least) one window."""
 
     def __init__(self, desk, process, stdout, stderr):
-        self.desk, self.process = desk, process
+        self.desk, self.process, self.pid = desk, process, process.pid
         self._stdout, self._stderr = stdout, stderr
         self._window = None
-
-    @property
-    def pid(self):
-        return self.process.pid
 
     def running(self):
         return self.process.poll() is None
 
-    def windows(self, visible=True):
-        """Window ids of the program's top-level windows."""
-        options = ["--all", "--onlyvisible"] if visible else ["--all"]
-        found = self.desk.xdotool("search", *options, "--pid", str(self.pid), "--name", ".", check=False).split()
-        return [w for w in found if self.desk.is_managed(w)]
+    def windows(self):
+        """Ids of the program's windows, those that are hidden as icons included."""
+        return [window for window, pid, _ in self.desk.windows() if pid == self.pid]
 
     def window(self):
         """The first window that the program showed. Waits for it."""
-        if self._window is None:
-            def shown():
-                if not self.running():
-                    raise AssertionError(f"ended with {self.process.returncode} before it had a window: "
-                                         + self.errors())
-                return self.windows()
-            self._window = wait_for(shown, "a window")[0]
+        def shown():
+            assert self.running(), f"ended with {self.process.returncode} before it had a window: {self.errors()}"
+            return self.windows()
+        self._window = self._window or wait_for(shown, "a window")[0]
         return self._window
 
     def other_window(self, title):
         """Waits for another window of the program whose title holds that text."""
         def find():
-            return [w for w in self.windows() if w != self._window and title in self.desk.title_of(w)]
+            return [w for w in self.windows() if w != self._window and title in self.title(w)]
         return wait_for(find, f"a window titled {title!r}")[0]
 
     def title(self, window=None):
-        return self.desk.title_of(window or self.window())
+        window = window or self.window()
+        return next((title for listed, _, title in self.desk.windows() if listed == window), "")
 
-    def geometry(self, window=None):
-        """x, y, width, height of the window's content."""
-        text = self.desk.xdotool("getwindowgeometry", "--shell", window or self.window())
+    def shows(self, path):
+        """Waits until the main window shows that directory."""
+        wait_for(lambda: self.title() == "ZAN: " + path, lambda: f"a window on {path}, not {self.title()}")
+
+    def geometry(self):
+        """x, y, width, height of the main window's content."""
+        text = self.desk.xdotool("getwindowgeometry", "--shell", self.window())
         values = dict(line.split("=") for line in text.split())
         return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 
@@ -114,55 +105,52 @@ class App:
         self.focus(window)
         self.desk.xdotool("type", "--delay", "20", "--", text)
 
-    def click(self, x, y, button=1, count=1, window=None, modifier=None):
+    def click(self, x, y, window=None):
         """Clicks at a place relative to the window's content."""
-        window = window or self.window()
-        self.desk.xdotool("mousemove", "--window", window, str(x), str(y))
-        if modifier:
-            self.desk.xdotool("keydown", modifier)
-        self.desk.xdotool("click", "--repeat", str(count), "--delay", "60", str(button))
-        if modifier:
-            self.desk.xdotool("keyup", modifier)
+        self.desk.xdotool("mousemove", "--window", window or self.window(), str(x), str(y), "click", "1")
 
     def signal(self, number):
         os.kill(self.pid, number)
 
     def close(self, window=None):
         """Closes the window as its close button does."""
-        subprocess.run(["wmctrl", "-i", "-c", hex(int(window or self.window()))], env=self.desk.env, check=True)
+        self.desk.said("wmctrl", "-i", "-c", window or self.window())
 
-    def wait(self, patience=PATIENCE):
+    def wait(self):
         """The exit status (negative: ended by that signal)."""
         try:
-            return self.process.wait(patience)
+            return self.process.wait(PATIENCE)
         except subprocess.TimeoutExpired:
             raise AssertionError("the program does not end") from None
 
+    def end(self):
+        """Closes the main window: the program must end well."""
+        self.close()
+        status = self.wait()
+        assert status == 0, (status, self.errors())
+
     def output(self):
-        return self._read(self._stdout)
+        return read(self._stdout)
 
     def errors(self):
-        return self._read(self._stderr)
+        return read(self._stderr)
 
-    @staticmethod
-    def _read(path):
-        with open(path, encoding="utf-8", errors="replace") as file:
-            return file.read()
+
+def read(path):
+    with open(path, encoding="utf-8", errors="replace") as file:
+        return file.read()
 
 
 class Desktop:
     """A display server, a window manager, a HOME and a scratch directory."""
 
-    wait_for = staticmethod(wait_for)
-
-    def __init__(self, bin_dir, size="1280x800", window_manager=True):
+    def __init__(self, bin_dir):
         self.bin = os.path.abspath(bin_dir)
         self.zan = os.path.join(self.bin, "zan")
-        self.size, self.window_manager = size, window_manager
-        self.apps, self.count = [], 0
+        self.apps, self.server = [], None
 
     def __enter__(self):
-        for tool in ("Xvfb", "xdotool", "wmctrl", "openbox", "import"):
+        for tool in ("Xvfb", "xdotool", "wmctrl", "openbox"):
             if not shutil.which(tool):
                 print("skipped: no " + tool)
                 sys.exit(SKIP)
@@ -170,9 +158,10 @@ class Desktop:
         self.root = tempfile.mkdtemp(prefix="zan-program-")
         self.home = os.path.join(self.root, "home")
         self.work = os.path.join(self.root, "work")
-        os.makedirs(os.path.join(self.home, ".vr"))
-        os.makedirs(self.work)
         self.settings = os.path.join(self.home, ".vr", "zan")
+        self.record = os.path.join(self.settings, "config.003")
+        os.makedirs(os.path.dirname(self.settings))
+        os.makedirs(self.work)
         try:
             self._start_display()
         except BaseException:
@@ -181,52 +170,36 @@ class Desktop:
         return self
 
     def _start_display(self):
-        read, write = os.pipe()
-        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", self.size + "x24", "-nolisten", "tcp"],
-                         pass_fds=[write], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        os.close(write)
-        with os.fdopen(read) as pipe:
-            number = pipe.readline().strip()
-        if not number:
-            raise AssertionError("the display server did not start")
-        self.display = ":" + number
+        read_end, write_end = os.pipe()
+        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x800x24", "-noreset",
+                                        "-nolisten", "tcp"], pass_fds=[write_end], stderr=subprocess.DEVNULL)
+        os.close(write_end)
+        with os.fdopen(read_end) as pipe:
+            self.display = ":" + pipe.readline().strip()
+        assert self.display != ":", "the display server did not start"
         self.env = {name: value for name, value in os.environ.items()
                     if not name.startswith(("QT_", "XDG_", "WAYLAND", "DBUS_", "GTK_"))}
         self.env.update(DISPLAY=self.display, HOME=self.home, LC_ALL="C.UTF-8", QT_QPA_PLATFORM="xcb",
                         XDG_RUNTIME_DIR=self.root, NO_AT_BRIDGE="1")
-        if self.window_manager:
-            manager = []
-
-            def managed():
-                if not manager or manager[0].poll() is not None:
-                    config = os.path.join(self.root, "openbox.xml")  # nobody's, and not a file that openbox complains of
-                    with open(config, "w", encoding="utf-8") as file:
-                        file.write('<openbox_config xmlns="http://openbox.org/3.4/rc"><menu/></openbox_config>')
-                    manager[:] = [subprocess.Popen(["openbox", "--config-file", config], env=self.env,
-                                                   cwd=self.root, stdout=subprocess.DEVNULL,
-                                                   stderr=subprocess.DEVNULL)]
-                return subprocess.run(["wmctrl", "-m"], env=self.env, stdout=subprocess.DEVNULL,
-                                      stderr=subprocess.DEVNULL, check=False).returncode == 0
-            wait_for(managed, "a window manager")
+        config = os.path.join(self.root, "openbox.xml")  # nobody's, and not a file that openbox complains of
+        with open(config, "w", encoding="utf-8") as file:
+            file.write('<openbox_config xmlns="http://openbox.org/3.4/rc"><menu/></openbox_config>')
+        ready = os.path.join(self.root, "ready")  # a window that is shown while openbox starts may never be managed
+        self.helper("openbox", "--config-file", config, "--startup", "touch " + ready)
+        wait_for(lambda: os.path.exists(ready), "a window manager")
 
     def __exit__(self, kind, error, trace):
-        if error is not None and hasattr(self, "env"):
-            self._explain()
-        server = getattr(self, "server", None)
-        self._kill([pid for pid in descendants(os.getpid()) if not server or pid != server.pid])
-        if server and server.poll() is None:  # told to end, it takes its lock file and its socket with it
-            server.terminate()
-            try:
-                server.wait(10)
-            except subprocess.TimeoutExpired:
-                pass
-        for _ in range(50):
+        if error is not None:
+            for app in self.apps:
+                print(f"pid {app.pid}: status {app.process.poll()}, said {app.output()!r} {app.errors()!r}")
+            if os.environ.get("ZAN_TEST_SCREENSHOT"):
+                self.said("import", "-window", "root", os.environ["ZAN_TEST_SCREENSHOT"], check=False)
+        if self.server:
+            self._kill(pid for pid in descendants(os.getpid()) if pid != self.server.pid)
+            self.server.terminate()  # told to end, it takes its lock file and its socket with it
+            self.server.wait()
+        while descendants(os.getpid()):
             self._kill(descendants(os.getpid()))
-            try:
-                while os.waitpid(-1, os.WNOHANG)[0]:
-                    pass
-            except ChildProcessError:
-                break
             time.sleep(0.02)
         subprocess.run(["chmod", "-R", "u+rwx", self.root], stderr=subprocess.DEVNULL, check=False)
         shutil.rmtree(self.root, ignore_errors=True)
@@ -236,27 +209,14 @@ class Desktop:
         for pid in pids:
             try:
                 os.kill(pid, signal.SIGKILL)
-            except ProcessLookupError:
+                os.waitpid(pid, os.WNOHANG)
+            except (ProcessLookupError, ChildProcessError):
                 pass
-
-    def _explain(self):
-        for app in self.apps:
-            print(f"pid {app.pid}: status {app.process.poll()}, said {app.output()!r} {app.errors()!r}")
-        keep = os.environ.get("ZAN_TEST_SCREENSHOT")
-        if keep:
-            self.screenshot(keep)
 
     def start(self, *arguments, program=None, env=None, cwd=None, wait=True):
         """Starts zan (or another program). With wait, its first window is there on return."""
-        self.count += 1
-        stdout = os.path.join(self.root, f"stdout-{self.count}")
-        stderr = os.path.join(self.root, f"stderr-{self.count}")
-        environment = dict(self.env)
-        for name, value in (env or {}).items():
-            if value is None:
-                environment.pop(name, None)
-            else:
-                environment[name] = value
+        environment = {name: value for name, value in {**self.env, **(env or {})}.items() if value is not None}
+        stdout, stderr = (os.path.join(self.root, f"{name}-{len(self.apps)}") for name in ("stdout", "stderr"))
         with open(stdout, "wb") as out, open(stderr, "wb") as err:
             process = subprocess.Popen([program or self.zan, *arguments], env=environment, cwd=cwd or self.work,
                                        stdin=subprocess.DEVNULL, stdout=out, stderr=err)
@@ -266,44 +226,51 @@ class Desktop:
             app.window()
         return app
 
-    def xdotool(self, *arguments, check=True):
-        done = subprocess.run(["xdotool", *arguments], env=self.env, stdout=subprocess.PIPE,
+    def helper(self, *command):
+        """Starts a program that serves the desktop, and returns its process; what it prints can be read."""
+        return subprocess.Popen(command, env=self.env, cwd=self.root, stdin=subprocess.DEVNULL,
+                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+
+    def start_bus(self):
+        """A session bus of the test's own, for what is started from now on."""
+        bus = self.helper("dbus-daemon", "--session", "--nofork", "--print-address")
+        self.env["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+
+    def said(self, *command, check=True):
+        """What that program prints; fails with it."""
+        done = subprocess.run(command, env=self.env, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.PIPE, text=True, check=False)
-        if check and done.returncode != 0:
-            raise AssertionError(f"xdotool {arguments}: {done.stderr}")
+        assert not check or done.returncode == 0, f"{command}: {done.stdout}{done.stderr}"
         return done.stdout
 
-    def title_of(self, window):
-        return self.xdotool("getwindowname", window, check=False).rstrip("\n")
+    def xdotool(self, *arguments):
+        return self.said("xdotool", *arguments)
 
-    def is_managed(self, window):
-        if not self.window_manager:
-            return True
-        listed = subprocess.run(["wmctrl", "-l"], env=self.env, stdout=subprocess.PIPE, text=True,
-                                stderr=subprocess.DEVNULL, check=False).stdout
-        return int(window) in [int(line.split()[0], 16) for line in listed.splitlines()]
-
-    def screenshot(self, path):
-        subprocess.run(["import", "-window", "root", path], env=self.env, check=True)
+    def windows(self):
+        """(id, process id, title) of each window that the window manager knows."""
+        lines = [line.split(None, 4) for line in self.said("wmctrl", "-l", "-p", check=False).splitlines()]
+        return [(words[0], int(words[2]), words[4] if len(words) > 4 else "") for words in lines]
 
     def make(self, name, content=""):
         """Makes a file below the scratch directory (a directory when the name ends in "/")."""
         path = os.path.join(self.work, name)
-        os.makedirs(path if name.endswith("/") else os.path.dirname(path), exist_ok=True)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
         if not name.endswith("/"):
             with open(path, "wb") as file:
                 file.write(content if isinstance(content, bytes) else content.encode())
-        return path
+        return path.rstrip("/")
 
 
-def run(tests):
-    """Runs each function of the table on a desktop of its own; prints what fails. For `sys.exit(run([...]))`."""
+def run(tests, place=Desktop):
+    """Runs each function of the table in a place of its own, a desktop unless another is named; prints what fails.
+    For `sys.exit(run([...]))`."""
     failed = 0
     for test in tests:
+        begun = time.monotonic()
         try:
-            with Desktop(sys.argv[1]) as desk:
-                test(desk)
-            print("ok   " + test.__name__, flush=True)
+            with place(sys.argv[1]) as here:
+                test(here)
+            print(f"ok   {test.__name__} ({time.monotonic() - begun:.1f} s)", flush=True)
         except AssertionError as error:
             failed += 1
             line = error.__traceback__

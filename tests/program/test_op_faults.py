@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""zan-op under faults: calls that fail, an ordinary user's rights, a disk that fails late, sudden death, rivals."""
+"""zan-op under faults: calls that fail, an ordinary user's rights, sudden death, rivals, signals, no memory."""
 import filecmp
 import json
 import os
@@ -10,185 +10,70 @@ import signal
 import subprocess
 import sys
 import tempfile
-import time
 
-OP = os.path.abspath(os.path.join(sys.argv[1], "zan-op"))
-ONLY = sys.argv[2:]
-base = tempfile.mkdtemp(prefix="zan-faults-")
-os.chmod(base, 0o755)
-results = {"passed": 0, "skipped": 0}
+from harness import run, wait_for
+
+ALWAYS_ON = ["--answer", ",".join(["1"] * 5000)]
 
 
-class Skip(Exception):
-    pass
+class Ground:
+    """Two directories, from/ and to/, and other/ on another file system; the program zan-op."""
 
+    def __init__(self, bin_dir):
+        self.op = os.path.abspath(os.path.join(bin_dir, "zan-op"))
 
-def path(*parts):
-    return os.path.join(base, *parts)
+    def __enter__(self):
+        self.base = tempfile.mkdtemp(prefix="zan-faults-")
+        self.other = tempfile.mkdtemp(prefix="zan-faults-", dir="/dev/shm")
+        os.chmod(self.base, 0o755)
+        self.clear()
+        return self
 
+    def __exit__(self, *_):
+        shutil.rmtree(self.base)
+        shutil.rmtree(self.other)
 
-def shell(command):
-    return subprocess.run(command, shell=True, cwd=base, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    def clear(self):
+        self.shell(f"rm -rf -- * {self.other}/* && mkdir from to")
 
+    def path(self, *parts):
+        return os.path.join(self.base, *parts)
 
-def fresh():
-    shell("chmod -R u+rwX . ; rm -rf -- * .[!.]*")
-    os.mkdir(path("from"))
-    os.mkdir(path("to"))
+    def shell(self, command):
+        subprocess.run(command, shell=True, cwd=self.base, check=True)
 
+    def fill(self, name, size):
+        with open(self.path(name), "wb") as out:
+            out.write(random.randbytes(size))
 
-def fill(name, size):
-    with open(path(name), "wb") as out:
-        out.write(random.randbytes(size))
+    def command(self, kind, *names, to=None, options=()):
+        destination = [] if kind == "delete" else ["--to", to or self.path("to")]
+        return [self.op, kind, "--from", self.path("from"), *names, *destination, *options]
 
+    def start(self, *arguments, **options):
+        return subprocess.Popen(self.command(*arguments, **options), stdin=subprocess.DEVNULL,
+                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
-def operate(arguments, before=()):
-    """Runs zan-op and returns (exit status, alerts as (title, message), the end event)."""
-    done = subprocess.run([*before, OP, *arguments, "--json"], cwd=base, stdin=subprocess.DEVNULL,
-                          stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    events = [json.loads(line) for line in done.stdout.splitlines()]
-    assert events and events[-1]["event"] == "end", done
-    return done.returncode, [(e["title"], e["message"]) for e in events if e["event"] == "alert"], events[-1]
+    def operate(self, *arguments, before=(), **options):
+        """Runs it and returns (exit status, alerts as (title, message), the end event)."""
+        done = subprocess.run([*before, *self.command(*arguments, **options), "--json"], stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+        events = [json.loads(line) for line in done.stdout.splitlines()]
+        assert events and events[-1]["event"] == "end", done
+        return done.returncode, [(e["title"], e["message"]) for e in events if e["event"] == "alert"], events[-1]
 
+    def plant(self, count, size):
+        """Makes from/tree of random files; what they hold, by name."""
+        files = {f"d{i % 5}/f{i}": random.randbytes(random.randrange(size)) for i in range(count)}
+        for name, content in files.items():
+            os.makedirs(os.path.dirname(self.path("from/tree", name)), exist_ok=True)
+            with open(self.path("from/tree", name), "wb") as out:
+                out.write(content)
+        return files
 
-def copy(name, *options, before=()):
-    return operate(["copy", "--from", path("from"), name, "--to", path("to"), *options], before)
-
-
-def other_system():
-    """A directory on another file system, removed with everything at the end."""
-    if not os.path.isdir("/dev/shm") or os.stat("/dev/shm").st_dev == os.stat(base).st_dev:
-        raise Skip("no second file system at /dev/shm")
-    return tempfile.TemporaryDirectory(prefix="zan-faults-", dir="/dev/shm")
-
-
-def equal(a, b):
-    return filecmp.cmp(a, b, shallow=False)
-
-
-def test_failing_calls():
-    if not shutil.which("strace") or shell("strace -f true").returncode != 0:
-        raise Skip("strace cannot trace here")
-    buffered = "copy_file_range:error=EXDEV"  # sends every byte through the buffer
-    failed = ["Copy/Move"]
-    cases = [  # injected, the file concerned, answers, titles of the questions
-        ("read:error=EIO:when=2", "from/f", "1", failed),
-        ("read:error=EIO:when=1", "from/f", "2", failed),
-        ("read:error=EINTR:when=1..3", "from/f", None, []),
-        ("read:retval=0:when=2", "from/f", None, []),
-        ("write:error=EIO:when=3", "to/f", "1", failed),
-        ("write:error=EINTR:when=1..5", "to/f", None, []),
-        ("write:error=ENOSPC:when=2", "to/f", "1", ["Write error"]),
-        ("write:error=ENOSPC:when=2", "to/f", "2,1", ["Write error", "Copy/Move"]),
-        ("write:error=EDQUOT:when=2", "to/f", "1", failed),
-        ("close:error=EIO:when=1", "to/f", "1", failed),
-        ("copy_file_range:error=EIO:when=1", "from/f", None, []),
-        ("copy_file_range:error=EINTR:when=2", "from/f", None, []),
-        ("copy_file_range:error=ENOSPC:when=3", "from/f", None, []),
-        ("copy_file_range:retval=0:when=2", "from/f", None, []),
-    ]
-    for injected, concerned, answers, titles in cases:
-        fresh()
-        fill("from/f", 5000000 if "range" in injected else 120000)
-        trace = ["strace", "-f", "-qq", "-o", "/dev/null", "-P", path(concerned), "-e", "inject=" + injected]
-        if "range" not in injected:
-            trace += ["-e", "inject=" + buffered]
-        status, alerts, _ = copy("f", *(["--answer", answers] if answers else []), before=trace)
-        copied = not titles or titles == ["Write error"]
-        assert [a[0] for a in alerts] == titles, (injected, alerts)
-        assert os.listdir(path("to")) == (["f"] if copied else []), (injected, os.listdir(path("to")))
-        assert not copied or equal(path("from/f"), path("to/f")), injected
-        assert status == (1 if answers == "2" else 0), (injected, status)
-
-
-def test_owner_not_settable():
-    if not shutil.which("strace") or os.getuid() != 0 or shell("strace -f true").returncode != 0:
-        raise Skip("needs root and strace")
-    for answers, status in (("1", 0), ("2", 1)):
-        fresh()
-        for name in "ab":
-            fill("from/" + name, 100)
-            os.chown(path("from", name), 12345, 12345)
-            os.chmod(path("from", name), 0o6755)
-        trace = ["strace", "-f", "-qq", "-o", "/dev/null", "-e", "inject=fchownat,fchown,chown,lchown:error=EPERM"]
-        code, alerts, _ = operate(["copy", "--from", path("from"), "a", "b", "--to", path("to"), "--answer", answers], trace)
-        assert code == status
-        assert alerts == [("Copy/Move", f"Unable to change owner permissions '{path('to/a')}'\n")], alerts
-        assert os.stat(path("to/a")).st_mode & 0o7777 == 0o755, "set-user-id was left on another's copy"
-    fresh()
-    fill("from/a", 100)
-    os.chown(path("from/a"), 12345, 12345)
-    os.chmod(path("from/a"), 0o6755)
-    copy("a")
-    assert (os.stat(path("to/a")).st_uid, os.stat(path("to/a")).st_mode & 0o7777) == (12345, 0o6755)
-
-
-def test_ordinary_user():
-    user = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--inh-caps=-all"]
-    if os.getuid() != 0 or subprocess.run([*user, OP], capture_output=True).returncode != 2:
-        raise Skip("needs root and setpriv")
-    fresh()
-    shell("mkdir from/d from/locked from/ro && echo 1 >from/d/no && echo 2 >from/d/yes && echo 3 >from/locked/x && "
-          "chmod 600 from/d/no && chmod 700 from/locked && chmod 777 to && echo 4 >from/ro/f && chmod 755 from from/ro")
-    everything = ["copy", "--from", path("from"), "d", "locked", "--to", path("to"), "--answer", "1,1,1,1,1"]
-    status, alerts, end = operate(everything, user)
-    assert status == 0 and not end["aborted"]
-    texts = [m for _, m in alerts]
-    assert f"Unable to open '{path('from/locked')}' directory\nPermission denied\n" in texts, texts
-    assert f"Unable to open '{path('from/d/no')}'\nPermission denied\n" in texts, texts
-    owner = [t for t in texts if t.startswith("Unable to change owner permissions")]
-    assert len(owner) == 1, texts
-    assert sorted(os.listdir(path("to/d"))) == ["yes"] and os.listdir(path("to/locked")) == []
-    assert os.stat(path("to/locked")).st_mode & 0o777 == 0o700
-    # Into a directory that may not be written, and out of one.
-    os.chmod(path("to"), 0o755)
-    status, alerts, _ = operate(["copy", "--from", path("from/d"), "yes", "--to", path("to"), "--answer", "1"], user)
-    assert alerts == [("Copy/Move", f"Error writing '{path('to/yes')}'\nPermission denied\n")], alerts
-    status, alerts, _ = operate(["delete", "--from", path("from/ro"), "f", "--answer", "1"], user)
-    assert alerts == [("Delete", f"Unable to delete '{path('from/ro/f')}'\nPermission denied\n")], alerts
-    assert os.path.exists(path("from/ro/f"))
-    # A file that may be written where no second one can be made is overwritten in place, and only then.
-    shell("echo older content >to/f && chmod 666 to/f && echo new >from/f")
-    status, alerts, _ = operate(["copy", "--from", path("from"), "f", "--to", path("to"), "--answer", "2,1"], user)
-    assert status == 0 and equal(path("from/f"), path("to/f")), alerts
-
-
-def test_a_disk_that_fails_late():
-    if os.getuid() != 0:
-        raise Skip("needs root for a loop mount")
-    fresh()
-    setup = shell("mkdir small mount && mount -t tmpfs -o size=24m none small && truncate -s 200M small/image && "
-                  "mkfs.ext4 -q -O ^has_journal small/image && mount -o loop,errors=continue small/image mount")
-    try:
-        if setup.returncode != 0:
-            raise Skip("cannot mount a loop image: " + setup.stdout.strip()[-80:])
-        os.makedirs(path("from/d"))
-        for i in range(20):
-            fill(f"from/d/{i}", 2000000)
-        status, alerts, end = operate(["move", "--from", path("from"), "d", "--to", path("mount")])
-        assert status == 1 and alerts, (status, alerts)
-        assert alerts[-1][0] == "Write error" and "source" in alerts[-1][1], alerts
-        assert sorted(os.listdir(path("from/d")), key=int) == [str(i) for i in range(20)]
-    finally:
-        shell("umount -l mount; umount -l small")
-    if not shutil.which("strace"):
-        return
-    with other_system() as other:
-        trace = ["strace", "-f", "-qq", "-o", "/dev/null", "-e", "inject=syncfs:error=EIO"]
-        status, alerts, _ = operate(["move", "--from", path("from"), "d", "--to", other], trace)
-        assert status == 1 and [a[0] for a in alerts] == ["Write error"]
-        assert len(os.listdir(path("from/d"))) == 20
-
-
-def originals(count, size):
-    return {f"d{i % 5}/f{i}": random.randbytes(random.randrange(size)) for i in range(count)}
-
-
-def plant(files):
-    for name, content in files.items():
-        os.makedirs(path("from/tree", os.path.dirname(name)), exist_ok=True)
-        with open(path("from/tree", name), "wb") as out:
-            out.write(content)
+    def nothing_is_lost(self, files):
+        for name, content in files.items():
+            assert any(whole_at(root, name, content) for root in (self.path("from"), self.other)), f"lost: {name}"
 
 
 def whole_at(root, name, content):
@@ -199,150 +84,211 @@ def whole_at(root, name, content):
         return False
 
 
-def test_sudden_death_of_a_move():
-    deaths, whole_time = 0, 0.06
-    for round_number in range(41):
-        with other_system() as other:
-            fresh()
-            files = originals(60, 200000)
-            plant(files)
-            move = [OP, "move", "--from", path("from"), "tree", "--to", other, "--flags", "1000"]
-            if round_number % 2:  # into what an earlier, equal move left half done
-                shutil.copytree(path("from/tree"), os.path.join(other, "tree"))
-            begun = time.monotonic()
-            process = subprocess.Popen(move, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                       stderr=subprocess.DEVNULL)
-            if round_number == 0:  # the first may live: it tells how long the others have
-                process.wait()
-                whole_time = time.monotonic() - begun
-            time.sleep(random.random() * whole_time * 0.8)
-            process.kill()
-            deaths += process.wait() == -signal.SIGKILL
-            for name, content in files.items():
-                assert whole_at(path("from"), name, content) or whole_at(other, name, content), name
-            subprocess.run([*move, "--answer", "2,2,2"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                           stderr=subprocess.DEVNULL)
-            for name, content in files.items():
-                assert whole_at(path("from"), name, content) or whole_at(other, name, content), name
-    assert deaths > 5, "the moves were over before they could be killed"
+def tracer(*options):
+    """The prefix of a command whose system calls fail as told; None where nothing can be traced."""
+    trace = ["strace", "-f", "-qq", "-o", "/dev/null"]
+    if not shutil.which("strace") or subprocess.run([*trace, "true"], capture_output=True, check=False).returncode:
+        print("skipped: strace cannot trace here")
+        return None
+    return [*trace, *options]
 
 
-def test_rivals():
+def calls_fail(ground):
+    failed = ["Copy/Move"]
+    rows = [  # injected, the file concerned, answers, titles of the questions
+        ("read:error=EIO:when=2", "from/f", "1", failed),
+        ("read:error=EIO:when=1", "from/f", "2", failed),
+        ("read:error=EINTR:when=1..3", "from/f", "", []),
+        ("read:retval=0:when=2", "from/f", "", []),
+        ("write:error=EIO:when=3", "to/f", "1", failed),
+        ("write:error=EINTR:when=1..5", "to/f", "", []),
+        ("write:error=ENOSPC:when=2", "to/f", "1", ["Write error"]),
+        ("write:error=ENOSPC:when=2", "to/f", "2,1", ["Write error", "Copy/Move"]),
+        ("write:error=EDQUOT:when=2", "to/f", "1", failed),
+        ("close:error=EIO:when=1", "to/f", "1", failed),
+        ("copy_file_range:error=EIO:when=1", "from/f", "", []),
+        ("copy_file_range:error=EINTR:when=2", "from/f", "", []),
+        ("copy_file_range:error=ENOSPC:when=3", "from/f", "", []),
+        ("copy_file_range:retval=0:when=2", "from/f", "", []),
+    ]
+    for injected, concerned, answers, titles in rows:
+        ground.clear()
+        trace = tracer("-P", ground.path(concerned), "-e", "inject=" + injected)
+        if not trace:
+            return
+        if "range" not in injected:  # every byte goes through the buffer
+            trace += ["-e", "inject=copy_file_range:error=EXDEV"]
+        ground.fill("from/f", 5000000 if "range" in injected else 120000)
+        status, alerts, _ = ground.operate("copy", "f", options=["--answer", answers] if answers else [], before=trace)
+        copied = titles in ([], ["Write error"])
+        assert [title for title, _ in alerts] == titles, (injected, alerts)
+        assert os.listdir(ground.path("to")) == (["f"] if copied else []), injected
+        assert not copied or filecmp.cmp(ground.path("from/f"), ground.path("to/f"), shallow=False), injected
+        assert status == (1 if answers == "2" else 0), (injected, status)
+
+
+def a_move_keeps_its_sources_when_the_disk_fails_at_the_end(ground):
+    files = ground.plant(20, 100000)
+    trace = tracer("-e", "inject=syncfs:error=EIO")
+    if trace:
+        status, alerts, _ = ground.operate("move", "tree", to=ground.other, before=trace)
+        assert status == 1 and [title for title, _ in alerts] == ["Write error"], (status, alerts)
+        assert all(whole_at(ground.path("from"), *file) for file in files.items()), "sources are gone"
+
+
+def the_owner_goes_with_the_copy_or_is_asked_about(ground):
+    if os.getuid() != 0:
+        return print("skipped: needs root")
+    ground.shell("cd from; touch a; chown 12345:12345 a; chmod 6755 a")
+    ground.operate("copy", "a")
+    made = os.stat(ground.path("to/a"))
+    assert (made.st_uid, made.st_gid, made.st_mode & 0o7777) == (12345, 12345, 0o6755), made
+    trace = tracer("-e", "inject=fchownat,fchown,chown,lchown:error=EPERM")
+    for answer, wanted in (("1", 0), ("2", 1)) if trace else ():
+        ground.clear()
+        ground.shell("cd from; touch a b; chown 12345:12345 a b; chmod 6755 a b")
+        status, alerts, _ = ground.operate("copy", "a", "b", options=["--answer", answer], before=trace)
+        assert status == wanted, (answer, status)
+        assert alerts == [("Copy/Move", f"Unable to change owner permissions '{ground.path('to/a')}'\n")], alerts
+        mode = os.stat(ground.path("to/a")).st_mode & 0o7777
+        assert mode == 0o755, f"set-user-id was left on another's copy: {mode:o}"
+
+
+def an_ordinary_user(ground):
+    user = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--inh-caps=-all"]
+    if os.getuid() != 0 or subprocess.run([*user, ground.op], capture_output=True, check=False).returncode != 2:
+        return print("skipped: needs root, and a program that all may run")
+    ground.shell("cd from; mkdir d locked; echo 1 >d/no; echo 2 >d/yes; echo 3 >locked/x; echo 4 >f; echo 5 >g;"
+                 "chmod 600 d/no; chmod 700 locked; cd ../to; echo older content >f; chmod 666 f; chmod 777 .")
+    no = [f"Unable to open '{ground.path('from', name)}'{kind}\nPermission denied\n"
+          for name, kind in (("locked", " directory"), ("d/no", ""))]
+    status, alerts, end = ground.operate("copy", "d", "locked", options=ALWAYS_ON, before=user)
+    texts = [text for _, text in alerts if not text.startswith("Unable to change owner permissions")]
+    assert status == 0 and not end["aborted"] and sorted(texts) == sorted(no), (status, end, alerts)
+    assert len(alerts) == 3, f"the owner is asked about once: {alerts}"
+    assert os.listdir(ground.path("to/d")) == ["yes"] and os.listdir(ground.path("to/locked")) == []
+    assert os.stat(ground.path("to/locked")).st_mode & 0o777 == 0o700
+    os.chmod(ground.path("to"), 0o755)
+    for arguments, title, text in (
+            (("copy", "g"), "Copy/Move", f"Error writing '{ground.path('to/g')}'"),
+            (("delete", "f"), "Delete", f"Unable to delete '{ground.path('from/f')}'")):
+        _, alerts, _ = ground.operate(*arguments, options=["--answer", "1"], before=user)
+        assert alerts == [(title, text + "\nPermission denied\n")], alerts
+    # A file that may be written where no second one can be made is overwritten in place.
+    status, alerts, _ = ground.operate("copy", "f", options=["--answer", "2,1"], before=user)
+    assert status == 0 and filecmp.cmp(ground.path("from/f"), ground.path("to/f"), shallow=False), (status, alerts)
+
+
+def entries(root):
+    return sum(len(names) for _, _, names in os.walk(root))
+
+
+def sudden_death_of_a_move(ground):
+    deaths, count = 0, 60
+    while deaths < 16:
+        ground.clear()
+        files = ground.plant(count, 200000)
+        if deaths % 2:  # into what an earlier, equal move left half done
+            shutil.copytree(ground.path("from/tree"), os.path.join(ground.other, "tree"))
+        move = ("move", "tree"), {"to": ground.other, "options": ["--flags", "1000"]}
+        left = random.randrange(count)
+        process = ground.start(*move[0], **move[1])
+        if deaths % 4 < 2:  # while it copies, or while it removes what it copied
+            wait_for(lambda: process.poll() is not None or entries(ground.other) > left)
+        else:
+            wait_for(lambda: process.poll() is not None or entries(ground.path("from")) <= left)
+        process.kill()
+        deaths += process.wait() == -signal.SIGKILL
+        ground.nothing_is_lost(files)
+        ground.start("move", "tree", to=ground.other, options=["--flags", "1000", "--answer", "2,2,2"]).wait()
+        ground.nothing_is_lost(files)
+
+
+def rivals_move_the_same(ground):
     for round_number in range(10):
-        with other_system() as other:
-            fresh()
-            files = originals(80, 100000)
-            plant(files)
-            move = [OP, "move", "--from", path("from"), "tree", "--to", other, "--flags", "1000", "--answer",
-                    ",".join(["1"] * 2000)]
-            rivals = [subprocess.Popen(move, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                       stderr=subprocess.DEVNULL) for _ in range(2)]
-            if round_number % 2:
-                time.sleep(random.random() * 0.05)
-                rivals[0].terminate()
-            for rival in rivals:
-                assert rival.wait() in (0, 1)
-            for name, content in files.items():
-                assert whole_at(path("from"), name, content) or whole_at(other, name, content), name
+        ground.clear()
+        files = ground.plant(80, 100000)
+        rivals = [ground.start("move", "tree", to=ground.other, options=["--flags", "1000", *ALWAYS_ON])
+                  for _ in range(2)]
+        if round_number % 2:
+            wait_for(lambda: entries(ground.other) or rivals[0].poll() is not None)
+            rivals[0].terminate()
+        statuses = [rival.wait() for rival in rivals]
+        assert set(statuses) <= {0, 1, -signal.SIGTERM if round_number % 2 else 0}, statuses
+        ground.nothing_is_lost(files)
 
 
-def test_a_tree_deleted_while_it_is_copied():
+def a_tree_is_deleted_while_it_is_copied(ground):
     for _ in range(5):
-        fresh()
-        files = originals(400, 20000)
-        plant(files)
-        answers = ",".join(["1"] * 5000)
-        copying = subprocess.Popen([OP, "copy", "--from", path("from"), "tree", "--to", path("to"), "--answer", answers],
-                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        time.sleep(random.random() * 0.02)
-        deleting = subprocess.run([OP, "delete", "--from", path("from"), "tree", "--answer", answers],
-                                  stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        assert copying.wait() in (0, 1) and deleting.returncode in (0, 1)
-        for name, content in files.items():  # whatever was copied was copied whole
-            assert whole_at(path("to"), name, content) or not os.path.exists(path("to/tree", name)), name
+        ground.clear()
+        files = ground.plant(400, 20000)
+        copying = ground.start("copy", "tree", options=ALWAYS_ON)
+        wait_for(lambda: entries(ground.path("to")) or copying.poll() is not None)
+        statuses = [ground.start("delete", "tree", options=ALWAYS_ON).wait(), copying.wait()]
+        assert set(statuses) <= {0, 1}, statuses
+        for name, content in files.items():
+            assert whole_at(ground.path("to"), name, content) or not os.path.exists(ground.path("to/tree", name)), name
 
 
-def test_a_signal_ends_cleanly():
-    fresh()
-    fill("from/big", 60000000)
-    process = subprocess.Popen([OP, "copy", "--from", path("from"), "big", "--to", path("to"), "--pause-at", "20:60000"],
-                               stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
-    while not os.path.exists(path("to/big")) or os.stat(path("to/big")).st_size < 10000000:
-        time.sleep(0.005)
+def a_signal_ends_it_cleanly(ground):
+    ground.fill("from/big", 60000000)
+    process = ground.start("copy", "big", options=["--pause-at", "20:60000"])
+    wait_for(lambda: process.poll() is not None or entries(ground.path("to")) and
+             os.stat(ground.path("to/big")).st_size >= 10000000, "a copy under way")
     process.terminate()
-    assert process.wait() == 1 and os.listdir(path("to")) == []
-
-
-def test_a_signal_ends_an_open_question():
-    for number in (signal.SIGINT, signal.SIGTERM):
-        fresh()
-        fill("from/f", 9)
-        fill("to/f", 5)
-        old = open(path("to/f"), "rb").read()
+    assert process.wait() == 1, process.returncode
+    assert os.listdir(ground.path("to")) == [], "a part is left"
+    ground.fill("from/f", 9)
+    ground.fill("to/f", 5)
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):  # while a question is open
         child, terminal = pty.fork()
         if child == 0:
-            os.execv(OP, [OP, "copy", "--from", path("from"), "f", "--to", path("to")])
+            os.execv(ground.op, ground.command("copy", "f"))
         shown = b""
         while b"4 aBort" not in shown:
             shown += os.read(terminal, 4096)
         os.kill(child, number)
-        assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 1, shown
+        status = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+        assert status == 1, (number, status, shown)
         os.close(terminal)
-        assert os.listdir(path("to")) == ["f"] and open(path("to/f"), "rb").read() == old
+        assert os.stat(ground.path("to/f")).st_size == 5, "an unanswered question overwrites nothing"
 
 
-def test_no_memory_for_the_list():
-    fresh()
-    fill("from/f", 9)
-    limited = lambda name, size: subprocess.run(
-        ["prlimit", f"--as={size}", OP, "copy", "--from", path("from"), name, "--to", path("to"), "--json"],
-        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-    enough = next((size for size in range(4 << 20, 128 << 20, 1 << 18)
-                   if shutil.which("prlimit") and limited("f", size).returncode == 0), None)
+def no_memory_for_the_list(ground):
+    def limited(name, size):
+        done = subprocess.run(["prlimit", f"--as={size}", *ground.command("copy", name), "--json"],
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
+        return done.returncode, [json.loads(line) for line in done.stdout.splitlines()]
+    ground.fill("from/f", 9)
+    enough = next((size for size in range(4 << 20, 128 << 20, 1 << 18) if limited("f", size)[0] == 0), None)
     if enough is None:
-        raise Skip("no limit on the memory of a process here")
-    os.mkdir(path("from/d"))
-    for number in range(40000):
-        os.close(os.open(path("from/d", f"{number:0200}"), os.O_CREAT | os.O_WRONLY))
-    for more in range(0, 3 << 20, 1 << 18):
-        done = limited("d", enough + more)
-        assert done.returncode == 1, (more, done.returncode, done.stderr)
-        last = [json.loads(line) for line in done.stdout.splitlines()][-3:]
-        assert ("Memory Allocation", "Out of memory!") in [(e.get("title"), e.get("message")) for e in last], last
-        assert last[-1]["event"] == "end" and last[-1]["aborted"]
-    assert os.listdir(path("to")) == ["f"]
+        return print("skipped: no limit on the memory of a process here")
+    os.mkdir(ground.path("from/d"))
+    for number in range(20000):
+        os.close(os.open(ground.path("from/d", f"{number:0200}"), os.O_CREAT | os.O_WRONLY))
+    for more in range(0, 3 << 20, 1 << 19):
+        status, events = limited("d", enough + more)
+        told = [(event.get("title"), event.get("message")) for event in events]
+        assert status == 1 and ("Memory Allocation", "Out of memory!") in told, (more, status, told[-3:])
+        assert events[-1]["event"] == "end" and events[-1]["aborted"], events[-1]
+    assert os.listdir(ground.path("to")) == ["f"], "something was copied"
 
 
-def test_usage():
-    fresh()
-    fill("from/f", 1)
-    good = ["copy", "--from", path("from"), "f", "--to", path("to")]
+def wrong_usage_does_nothing(ground):
+    ground.fill("from/f", 1)
+    good = ground.command("copy", "f")[1:]
     for bad in ([], ["paint"], ["copy"], good[:4], [*good, "--answer", "x"], [*good, "--cancel-at", "101"],
-                [*good, "--pause-at", "5"], [*good, "--flags", "zz"], [*good, "--settings", path("none")],
-                [*good, "--what"], ["copy", "--from", path("from"), "..", "--to", path("to")],
-                ["delete", "--from", path("from"), "a/b"], ["delete", "--from", path("from"), "f", "--to", "x"]):
-        done = subprocess.run([OP, *bad], capture_output=True, text=True)
-        assert done.returncode == 2 and "usage:" in done.stderr and not done.stdout, bad
-    assert os.listdir(path("to")) == [] and os.path.exists(path("from/f"))
-    status, _, end = operate(good)
-    assert (status, end) == (0, {"event": "end", "items": 1, "bytes": 1, "aborted": False})
+                [*good, "--pause-at", "5"], [*good, "--flags", "zz"], [*good, "--settings", ground.path("none")],
+                [*good, "--what"], ground.command("copy", "..")[1:], ground.command("delete", "a/b")[1:],
+                [*ground.command("delete", "f")[1:], "--to", "x"]):
+        done = subprocess.run([ground.op, *bad], capture_output=True, text=True, check=False)
+        assert done.returncode == 2 and "usage:" in done.stderr and not done.stdout, (bad, done)
+    assert os.listdir(ground.path("to")) == [] and os.listdir(ground.path("from")) == ["f"]
+    status, _, end = ground.operate("copy", "f")
+    assert (status, end) == (0, {"event": "end", "items": 1, "bytes": 1, "aborted": False}), (status, end)
 
 
-def main():
-    try:
-        for name, test in sorted(globals().items()):
-            if not name.startswith("test_") or (ONLY and name not in ONLY):
-                continue
-            try:
-                test()
-                results["passed"] += 1
-            except Skip as reason:
-                results["skipped"] += 1
-                print(f"skipped {name}: {reason}")
-    finally:
-        shutil.rmtree(base, ignore_errors=True)
-    print(results)
-    return 0 if results["passed"] else 77
-
-
-sys.exit(main())
+sys.exit(run([calls_fail, a_move_keeps_its_sources_when_the_disk_fails_at_the_end,
+              the_owner_goes_with_the_copy_or_is_asked_about, an_ordinary_user, sudden_death_of_a_move,
+              rivals_move_the_same, a_tree_is_deleted_while_it_is_copied, a_signal_ends_it_cleanly,
+              no_memory_for_the_list, wrong_usage_does_nothing], Ground))

@@ -6,102 +6,83 @@ import signal
 import subprocess
 import sys
 import tempfile
-import time
 
-procsig = os.path.join(sys.argv[1], "companions", "procsig")
-root = tempfile.mkdtemp(prefix="zan-procsig-")
-started = []
+from harness import run, wait_for
 
 
-def start(name, as_nobody=False):
-    """A sleeping process whose program is a copy of sleep by that name."""
-    path = os.path.join(root, name)
-    if not os.path.exists(path):
-        shutil.copy("/bin/sleep", path)
-    user = {"user": 65534, "group": 65534} if as_nobody else {}
-    process = subprocess.Popen([path, "1000"], **user)
-    started.append(process)
-    while os.readlink(f"/proc/{process.pid}/exe") != path:
-        time.sleep(0.01)
-    return process
+class Sleepers:
+    """Starts sleeping processes whose programs are copies of sleep by the names asked for."""
 
+    def __init__(self, bin_dir):
+        self.procsig = os.path.join(bin_dir, "companions", "procsig")
+        self.started = []
 
-def run(*arguments, **options):
-    return subprocess.run([procsig, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                          stderr=subprocess.PIPE, text=True, check=False, **options)
+    def __enter__(self):
+        self.root = tempfile.mkdtemp(prefix="zan-procsig-")
+        os.chmod(self.root, 0o755)
+        return self
+
+    def __exit__(self, *_):
+        for process in self.started:
+            process.kill()
+            process.wait()
+        shutil.rmtree(self.root)
+
+    def start(self, name, **user):
+        path = os.path.join(self.root, name)
+        if not os.path.exists(path):
+            shutil.copy("/bin/sleep", path)
+        process = subprocess.Popen([path, "1000"], **user)
+        self.started.append(process)
+        wait_for(lambda: os.readlink(f"/proc/{process.pid}/exe") == path, name)
+        return process
+
+    def status(self, *arguments):
+        return subprocess.run([self.procsig, *arguments], stdin=subprocess.DEVNULL, capture_output=True,
+                              check=False).returncode
 
 
 def ended_by(process):
     return -process.wait(60)
 
 
-def check(condition, what):
-    if not condition:
-        raise AssertionError(what)
+def all_of_the_name_and_no_other(sleepers):
+    one, two, near, longer = map(sleepers.start, ("zanprobe", "zanprobe", "zanprob", "zanprobe2"))
+    assert sleepers.status("-s", "SIGUSR1", "zanprobe") == 1, "several, without -f and a terminal"
+    assert sleepers.status("-f", "-s", "SIGUSR1", "zanprobe") == 0
+    assert ended_by(one) == ended_by(two) == signal.SIGUSR1, (one.returncode, two.returncode)
+    assert near.poll() is None and longer.poll() is None, "names that only resemble it are left alone"
+    assert sleepers.status("-f", "zanprobe") == 1, "nobody left"
+    if os.getuid() == 0:
+        other = sleepers.start("zanprobe3", user=65534, group=65534)
+        assert sleepers.status("-f", "zanprobe3") == 1, "another user's, although root could"
+        assert other.poll() is None, other.returncode
+    for wrong in ([], ["-s"], ["-s", "SIGNOSUCH", "x"], ["-s", "-3", "x"], ["-z", "x"], ["a", "b"], [""]):
+        assert sleepers.status(*wrong) == 2, wrong
 
 
-def test_reaches_all_of_the_name_and_no_other():
-    one, two = start("zanprobe"), start("zanprobe")
-    near, longer = start("zanprob"), start("zanprobe2")
-    check(run("-s", "SIGUSR1", "zanprobe").returncode == 1, "without -f and a terminal, several are not signalled")
-    check(run("-f", "-s", "SIGUSR1", "zanprobe").returncode == 0, "both signalled")
-    check(ended_by(one) == ended_by(two) == signal.SIGUSR1, "ended by the signal asked for")
-    check(near.poll() is None and longer.poll() is None, "names that only resemble it are left alone")
-    check(run("-f", "zanprobe").returncode == 1, "nobody left")
+def signals_by_name_and_number(sleepers):
+    for options, number in ((["-s", "SIGHUP"], 1), (["-s", "USR1"], 10), (["-s", "15"], 15), ([], 15)):
+        process = sleepers.start("zanprobe")
+        assert sleepers.status(*options, "zanprobe") == 0, options
+        assert ended_by(process) == number, (options, process.returncode)
 
 
-def test_signal_names_and_numbers():
-    for text, number in (("WINCH", 0), ("SIGHUP", 1), ("15", 15), (None, 15)):
-        process = start("zanprobe")
-        check(run(*(["-s", text] if text else []), "zanprobe").returncode == 0, text)
-        if number == 0:  # ignored by default: it goes on
-            check(process.poll() is None, text)
-            process.kill()
-        else:
-            check(ended_by(process) == number, text)
+def the_program_counts_and_not_the_name_it_bears(sleepers):
+    process, same_start = sleepers.start("zanprobe-long-name-of-a-program"), sleepers.start("zanprobe-long-name-of-b")
+    named = subprocess.Popen(["/bin/sh", "-c", "printf zanscript >/proc/$$/comm; read line"], stdin=subprocess.PIPE)
+    sleepers.started.append(named)
+
+    def renamed():
+        with open(f"/proc/{named.pid}/comm", encoding="ascii") as comm:
+            return comm.read() == "zanscript\n"
+    wait_for(renamed, "a process that bears the name")
+    assert sleepers.status("-f", "zanscript") == 1
+    os.unlink(os.path.join(sleepers.root, "zanprobe-long-name-of-a-program"))  # replaced while it runs
+    assert sleepers.status("-f", "zanprobe-long-name-of-a-program") == 0
+    assert ended_by(process) == signal.SIGTERM, process.returncode
+    assert same_start.poll() is None and named.poll() is None, "both go on"
 
 
-def test_a_program_replaced_while_it_runs_is_still_found():
-    process = start("zanprobe-long-name-of-a-program")
-    os.unlink(os.path.join(root, "zanprobe-long-name-of-a-program"))
-    check(run("-f", "zanprobe-long-name-of-a-program").returncode == 0, "found")
-    check(ended_by(process) == signal.SIGTERM, "ended")
-
-
-def test_a_process_that_only_bears_the_name_is_left_alone():
-    same_start = start("zanprobe-long-name-of-another")
-    named = subprocess.Popen(["/bin/sh", "-c", "printf zanscript >/proc/$$/comm; read line"],
-                             stdin=subprocess.PIPE)
-    started.append(named)
-    while open(f"/proc/{named.pid}/comm", encoding="ascii").read() != "zanscript\n":
-        time.sleep(0.01)
-    for name in ("zanscript", "zanprobe-long-name-of-a-program"):
-        check(run("-f", name).returncode == 1, name)
-    check(same_start.poll() is None and named.poll() is None, "both go on")
-    named.kill()
-
-
-def test_processes_of_other_users_are_left_alone():
-    if os.getuid() != 0:
-        return
-    os.chmod(root, 0o755)
-    other = start("zanprobe3", as_nobody=True)
-    check(run("-f", "zanprobe3").returncode == 1, "not ours, although root could")
-    check(other.poll() is None, "goes on")
-
-
-def test_wrong_usage():
-    for arguments in ([], ["-s"], ["-s", "SIGNOSUCH", "x"], ["-s", "-3", "x"], ["-z", "x"], ["a", "b"], [""]):
-        check(run(*arguments).returncode == 2, arguments)
-    check("Usage" in run("--help").stdout, "help")
-
-
-try:
-    for test in [value for name, value in list(globals().items()) if name.startswith("test_")]:
-        test()
-finally:
-    for process in started:
-        if process.poll() is None:
-            process.kill()
-            process.wait()
-    shutil.rmtree(root)
+sys.exit(run([all_of_the_name_and_no_other, signals_by_name_and_number,
+              the_program_counts_and_not_the_name_it_bears], Sleepers))
