@@ -41,25 +41,6 @@ TEST(Desktop, AFloodOfCallsLeavesRoomForOtherEvents) {
   for (auto& thread : flood) thread.join();
 }
 
-TEST(Desktop, PendingEventsSleepsUntilWokenOrCalled) {
-  desk_pending_events();
-  for (const auto& wake :
-       {std::function<void()>(desk_wake), std::function<void()>([] { desk_post([] {}); })}) {
-    std::atomic<bool> woken{false};
-    std::thread waker([&] {
-      std::this_thread::sleep_for(std::chrono::milliseconds(30));
-      woken = true;
-      wake();
-    });
-    int turns = 0;  // it may also return for another event, but does not spin
-    for (; !woken; ++turns) desk_pending_events(100000000);
-    EXPECT_LT(turns, 20);
-    waker.join();
-  }
-  desk_wake();  // before the sleep: not lost
-  desk_pending_events(100000000);
-}
-
 TEST(Desktop, WorkersWaitForTheirOwnAnswersAndEndAnswersTheRestWithEscape) {
   const auto open = [] {
     QList<QWidget*> found = QApplication::topLevelWidgets();
@@ -89,17 +70,4 @@ TEST(Desktop, WorkersWaitForTheirOwnAnswersAndEndAnswersTheRestWithEscape) {
   EXPECT_EQ(desk_alert("Worker", "late", "&Skip|&Abort"), 2);
   EXPECT_TRUE(wait_for([&] { return open().isEmpty(); }));
   desktop_qt_reset();
-}
-
-TEST(Desktop, ATimerMayStopItselfAndOthers) {
-  int calls = 0, ticks = 0, first = 0, second = 0;
-  second = desk_timer_start(1000000, [] {});
-  first = desk_timer_start(1, [&] {
-    if (++calls < 3) return;
-    for (int timer : {first, second, second}) desk_timer_stop(timer);
-  });
-  const int clock = desk_timer_start(1, [&] { ++ticks; });
-  EXPECT_TRUE(wait_for([&] { return ticks > 20; }));
-  desk_timer_stop(clock);
-  EXPECT_EQ(calls, 3);
 }

@@ -1,8 +1,5 @@
 #include "fileops/ui/edit_menu.h"
 
-#include <QClipboard>
-#include <QMimeData>
-
 #include "fileops/ui/clipboard.h"
 #include "fileops/ui/slots.h"
 #include "tests/face/window_test.h"

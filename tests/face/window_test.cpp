@@ -1,11 +1,5 @@
 #include "tests/face/window_test.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <QClipboard>
-#include <QMimeData>
-#include <QPointer>
 #include <QRadioButton>
 
 #include "commands/associations.h"

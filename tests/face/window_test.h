@@ -3,12 +3,20 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
+#include <QMimeData>
+#include <QPointer>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 #include <functional>
@@ -30,6 +38,16 @@ using Texts = std::vector<std::string>;
 bool wait_for(const std::function<bool()>& done);
 
 class WindowTest : public testing::Test {
+ public:
+  // Makes window the one that keys go to.
+  static bool activate(QWidget* window);
+  template <class T>
+  static T* find(QWidget* in, const char* name) {
+    T* widget = in ? in->findChild<T*>(QString::fromLatin1(name)) : nullptr;
+    EXPECT_TRUE(widget) << name;
+    return widget;
+  }
+
  protected:
   void SetUp() override;
   void TearDown() override;
@@ -57,16 +75,8 @@ class WindowTest : public testing::Test {
   // The next message must have this text, and gets key.
   void expect_message(const std::string& text, Qt::Key key = Qt::Key_Return);
   bool answered() const;  // waits until every expected message came and went
-  // Makes window the one that keys go to.
-  static bool activate(QWidget* window);
   // The open dialog of that name, ready for keys; null when there is none.
   static QDialog* dialog(const char* name);
-  template <class T>
-  static T* find(QWidget* in, const char* name) {
-    T* widget = in ? in->findChild<T*>(QString::fromLatin1(name)) : nullptr;
-    EXPECT_TRUE(widget) << name;
-    return widget;
-  }
   // Tabs until the widget of that name has the focus. False when it is never reached.
   static bool tab_to(QDialog* in, const char* name);
   // The same, and presses it.
