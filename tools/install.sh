@@ -3,7 +3,7 @@
 packages_for() {
   case "$1" in
     build) echo cmake ninja-build g++ qt6-base-dev libqt6svg6 libgl-dev ;;
-    test) echo at-spi2-core python3-gi gir1.2-atspi-2.0 libgtest-dev python3 strace file procps psmisc util-linux e2fsprogs dpkg-dev man-db libglib2.0-bin fuse3 libfuse3-dev pkg-config ;;
+    test) echo at-spi2-core python3-gi python3-xlib gir1.2-atspi-2.0 libgtest-dev python3 strace file util-linux mount dpkg-dev man-db libglib2.0-bin fuse3 libfuse3-dev pkg-config ;;
     display) echo xvfb openbox xdotool x11-utils xclip wmctrl imagemagick fonts-dejavu-core xterm dbus weston qt6-wayland wl-clipboard ;;
     bench) echo libbenchmark-dev ;;
     check) echo clang clang-format clang-tidy libclang-rt-14-dev cppcheck ccache lld git lintian appstream desktop-file-utils ;;
