@@ -40,7 +40,7 @@ NewItemResult new_item_create(int32_t kind, const std::string& dir, const std::s
   }
   const bool file = kind == 1;
   const std::string path = typed_name_below(dir, name);
-  const int error = bounded_errno([=] { return create_item(file, path); });
+  const int error = bounded_errno(path, [=] { return create_item(file, path); });
   if (error == EEXIST) {
     result.message = text_format("File or directory '%s' already exists", typed.c_str());
     return result;

@@ -154,7 +154,7 @@ std::string apply_name(const std::string& dir, PropertyEntry* entry, const std::
   if (!typed_name_encode(typed, &name, &message)) return message;
   if (name.empty() || name == entry->name) return "";
   const std::string from = typed_name_below(dir, entry->name), to = typed_name_below(dir, name);
-  switch (bounded_errno([from, to] { return rename_without_replacing(from, to); })) {
+  switch (bounded_errno(to, [from, to] { return rename_without_replacing(from, to); })) {
     case 0:
       tell_new_name(dir, entry, name);
       return "";
@@ -170,7 +170,7 @@ template <class Record>
 bool look_up(int (*get)(const char*, Record*, char*, size_t, Record**), uint32_t Record::*member,
              const std::string& name, uint32_t* id) {
   const auto found = std::make_shared<uint32_t>(0);
-  const int error = bounded_errno([=] {
+  const int error = bounded_errno({}, [=] {
     std::vector<char> buffer(1024);
     Record record, *result = nullptr;
     int status;
@@ -208,7 +208,7 @@ std::string apply_owner(const std::string& path, const PropertyEntry& entry, con
     return text_format("Invalid group '%s'", change.group.c_str());
   }
   if (uid == entry.uid && gid == entry.gid) return "";
-  if (bounded_errno([=] { return chown(path.c_str(), uid, gid) == 0 ? 0 : errno; }) != 0) {
+  if (bounded_errno(path, [=] { return chown(path.c_str(), uid, gid) == 0 ? 0 : errno; }) != 0) {
     return text_format("Unable to change ownership of '%s'", displayed(entry.name).c_str());
   }
   *changed = true;
@@ -219,7 +219,7 @@ std::string apply_mode(const std::string& path, const PropertyEntry& entry, mode
   const mode_t mode = (entry.mode & ~07777u) | (bits & SET_BITS);
   // A change of owner drops the set-id bits, so that they have to be set once more.
   if (mode == entry.mode && !(owner_changed && (mode & (S_ISUID | S_ISGID)))) return "";
-  if (bounded_errno([=] { return chmod(path.c_str(), mode & 07777u) == 0 ? 0 : errno; }) != 0) {
+  if (bounded_errno(path, [=] { return chmod(path.c_str(), mode & 07777u) == 0 ? 0 : errno; }) != 0) {
     return text_format("Unable to change permissions of '%s'", displayed(entry.name).c_str());
   }
   return "";

@@ -51,7 +51,7 @@ SymlinkResult symlink_create(const std::string& dir, const std::string& source,
   if (!typed_name_encode(destination, &name, &message)) return notice("Symlink Error", message);
   const std::string path = typed_name_below(dir, name), target = dir + "/" + source;
 
-  const int found = bounded_errno([path] { return look_at(path); });
+  const int found = bounded_errno(path, [path] { return look_at(path); });
   if (found == IS_LINK && !overwrite) {
     return {SymlinkStep::ASK, "Symlink Exists",
             "The destination symlink exists.\nDo you want to overwrite it ?"};
@@ -61,7 +61,7 @@ SymlinkResult symlink_create(const std::string& dir, const std::string& source,
   }
   int error = found > 0 ? found : ENAMETOOLONG;  // a target that is cut would point elsewhere
   if (found <= 0 && target.size() <= LONGEST_TARGET) {
-    error = bounded_errno([=] {
+    error = bounded_errno(path, [=] {
       return found == IS_LINK ? replace_link(target, path, by_path_manager)
                               : make_link(target, path, by_path_manager);
     });

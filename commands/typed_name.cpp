@@ -24,9 +24,9 @@ std::string typed_name_below(const std::string& dir, const std::string& name) {
   return !dir.empty() && dir.back() == '/' ? dir + name : dir + "/" + name;
 }
 
-int bounded_errno(std::function<int()> call) {
+int bounded_errno(const std::string& path, std::function<int()> call) {
   const auto result = std::make_shared<std::atomic<int>>(ETIMEDOUT);
-  if (!fs_bounded([result, call = std::move(call)] { *result = call(); })) return ETIMEDOUT;
+  if (!fs_bounded(path, [result, call = std::move(call)] { *result = call(); })) return ETIMEDOUT;
   return *result;
 }
 

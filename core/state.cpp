@@ -7,7 +7,6 @@
 #include <cstdlib>
 
 #include "core/history.h"
-#include "dirmodel/fs_probe.h"
 #include "dirmodel/text.h"
 #include "views/fname.h"
 
@@ -41,24 +40,24 @@ bool usable_directory(const std::string& path) {
 }
 }  // namespace
 
-std::string gStartPath = "/";
+std::string gStartPath = "/", gStartElsewhere = "/";
 const char* gConfigPath = nullptr;
 Settings* gConfig = default_record();
 uint32_t gOptions = OPT_INITIAL;
 int base_window_closed = 0;
 
-std::string state_start_directory(int argc, char** argv) {
+void state_start_directory(int argc, char** argv) {
   int first = 1;
   while (first < argc && argv[first][0] == '-') ++first;
-  std::string cwd = current_directory();
-  if (first < argc) {
-    const char* argument = argv[first];
-    const bool absolute = argument[0] == '/';
-    const std::string path = absolute ? argument : es_construct_fullpath(cwd.c_str(), argument);
-    // Relative to a directory that has no name any more, it names nothing that could be read again.
-    if ((absolute || !cwd.empty()) && fs_path_is_directory(path.c_str()) > 0) return path;
-  }
-  return cwd.empty() ? "/" : cwd;
+  const std::string cwd = current_directory();
+  gStartPath = gStartElsewhere = cwd.empty() ? "/" : cwd;
+  if (first >= argc || !argv[first][0]) return;
+  const char* argument = argv[first];
+  // Relative to a directory that has no name any more, it names nothing that could be read again.
+  if (argument[0] == '/')
+    gStartPath = argument;
+  else if (!cwd.empty())
+    gStartPath = es_construct_fullpath(cwd.c_str(), argument);
 }
 
 std::string state_settings_directory() {
@@ -75,7 +74,7 @@ std::string state_settings_directory() {
 }
 
 void state_init(int argc, char** argv) {
-  gStartPath = state_start_directory(argc, argv);
+  state_start_directory(argc, argv);
   static std::string config_path;
   config_path = state_settings_directory();
   gConfigPath = config_path.empty() ? nullptr : config_path.c_str();

@@ -6,11 +6,12 @@
 
 #include "core/settings.h"
 
-extern std::string gStartPath;   // absolute path of the directory first shown
-extern const char* gConfigPath;  // the settings directory; null: nothing is ever saved
-extern Settings* gConfig;        // never null; the default record before state_init
-extern uint32_t gOptions;        // OPT_ bits
-extern int base_window_closed;   // 1 once the main window was closed or hidden
+extern std::string gStartPath;       // absolute path to show first, should it be a directory
+extern std::string gStartElsewhere;  // absolute path of the directory shown where it is none
+extern const char* gConfigPath;      // the settings directory; null: nothing is ever saved
+extern Settings* gConfig;            // never null; the default record before state_init
+extern uint32_t gOptions;            // OPT_ bits
+extern int base_window_closed;       // 1 once the main window was closed or hidden
 
 enum : uint32_t {
   OPT_MENU_SCAN = 0x0001,  // a directory menu just filled is scanned in the background
@@ -31,9 +32,10 @@ constexpr uint32_t OPT_INITIAL = 0x3135;
 // on standard error), the settings record and its character set, the input histories.
 void state_init(int argc, char** argv);
 
-// The directory to show first: the first argument that does not begin with '-' (made absolute) when it names
-// a directory, else the current one, else "/".
-std::string state_start_directory(int argc, char** argv);
+// Sets gStartPath to the first argument that does not begin with '-', made absolute, and gStartElsewhere to
+// the current directory, or "/"; both to that where there is no such argument. Does not look at the
+// argument's file system: the window is to be seen while that may hang.
+void state_start_directory(int argc, char** argv);
 
 // Finds or creates ".vr/zan" under HOME; its absolute path. Empty, with a message on standard error, when it
 // cannot be used.

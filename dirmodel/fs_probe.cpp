@@ -38,7 +38,8 @@ struct Probe {
   bool done = false;
   bool wake_desktop = false;
   pthread_t thread{};
-  std::string path;  // what it only looks at; empty: it does something
+  std::string path;    // what it is about
+  bool looks = false;  // it only looks
   unsigned begun = 0;
   HungNote hung;  // once it was left behind
 };
@@ -46,7 +47,7 @@ struct Probe {
 // Whether the interface thread waits for it no longer.
 bool given_up(const Probe& probe) {
   if (!desk_on_interface_thread()) return false;
-  return desk_ended() || (!probe.path.empty() && probe.begun != sLooksGivenUp);
+  return desk_ended() || (probe.looks && probe.begun != sLooksGivenUp);
 }
 
 bool probe_wait_quietly(Probe& probe, ProbeClock::time_point end) {
@@ -145,19 +146,22 @@ static bool probe_bounded(const std::shared_ptr<Probe>& probe, int timeout_ms) {
   return probe->done;
 }
 
-bool fs_bounded(std::function<void()> work, int timeout_ms) {
-  auto probe = std::make_shared<Probe>();
-  probe->work = std::move(work);
-  return probe_bounded(probe, timeout_ms);
-}
-
-bool fs_bounded_look(const std::string& path, std::function<void()> work) {
-  if (hung_full(path)) return false;
+static bool probe_path(const std::string& path, bool looks, std::function<void()> work, int timeout_ms) {
+  if (!path.empty() && hung_full(path)) return false;
   auto probe = std::make_shared<Probe>();
   probe->work = std::move(work);
   probe->path = path;
+  probe->looks = looks;
   probe->begun = sLooksGivenUp;
-  return probe_bounded(probe, 10000);
+  return probe_bounded(probe, timeout_ms);
+}
+
+bool fs_bounded(const std::string& path, std::function<void()> work, int timeout_ms) {
+  return probe_path(path, false, std::move(work), timeout_ms);
+}
+
+bool fs_bounded_look(const std::string& path, std::function<void()> work) {
+  return probe_path(path, true, std::move(work), 10000);
 }
 
 void fs_give_up_looking() {

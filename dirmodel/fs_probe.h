@@ -4,13 +4,14 @@
 #include <functional>
 #include <string>
 
-// Runs work on a thread of its own and waits at most timeout_ms; on the interface thread events run
-// meanwhile, unless desk_end was called. True when work has ended. False: the thread got the alarm signal,
-// did not end, and is left behind; work must therefore own all it touches (shared_ptr), and hold no lock.
-bool fs_bounded(std::function<void()> work, int timeout_ms = 10000);
+// Runs work, which is about path (empty: no file), on a thread of its own and waits at most timeout_ms; on
+// the interface thread events run meanwhile, unless desk_end was called. True when work has ended. False: the
+// thread got the alarm signal, did not end, and is left behind; work must therefore own all it touches
+// (shared_ptr), and hold no lock. False at once, with nothing done, where too many threads hang already.
+bool fs_bounded(const std::string& path, std::function<void()> work, int timeout_ms = 10000);
 
-// The same for work that only looks at path, at most 10 s. False at once where too many threads hang already,
-// and as soon as fs_give_up_looking is called when it runs for the interface thread.
+// The same for work that only looks, at most 10 s: false also as soon as fs_give_up_looking is called when it
+// runs for the interface thread.
 bool fs_bounded_look(const std::string& path, std::function<void()> work);
 
 // Ends every wait of the interface thread for a look, also those below on the stack. Interface thread.

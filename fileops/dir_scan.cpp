@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "dirmodel/dir_sort.h"
+#include "dirmodel/hung_places.h"
 #include "platform/desktop.h"
 #include "platform/detached.h"
 
@@ -118,6 +119,14 @@ void look_at_names(DIR* dir, const Scan& scan, const DirNames& names) {
   }
 }
 
+void tell_end(const Scan& scan) {
+  scan->finished = 1;
+  tell(scan, [](DirScan& owner, const DirScanCalls& calls) {
+    owner.calls = {};
+    if (calls.ended) calls.ended();
+  });
+}
+
 void scan_directory(const Scan& scan) {
   const OpenDir dir = open_subdirectory(AT_FDCWD, scan->path.c_str());
   const auto names = std::make_shared<const DirNames>(dir ? read_names(dir.get(), scan.get()) : DirNames());
@@ -137,11 +146,7 @@ void dtm_scanning_thread(const Scan& scan) {
       if (calls.failed) calls.failed();
     });
   }
-  scan->finished = 1;
-  tell(scan, [](DirScan& owner, const DirScanCalls& calls) {
-    owner.calls = {};
-    if (calls.ended) calls.ended();
-  });
+  tell_end(scan);
 }
 }  // namespace
 
@@ -150,7 +155,15 @@ std::shared_ptr<DirScan> dir_scan_start(const std::string& path, unsigned flags,
   scan->path = path;
   scan->flags = flags;
   scan->calls = std::move(calls);
-  scan->thread = detached_start([scan] { dtm_scanning_thread(scan); });
+  if (hung_full(path)) {
+    tell(scan, [](DirScan&, const DirScanCalls& told) {
+      if (told.listed) told.listed({});
+    });
+    tell_end(scan);
+    return scan;
+  }
+  scan->hung = std::make_shared<HungNote>();
+  scan->thread = detached_start([scan, hung = scan->hung] { dtm_scanning_thread(scan); });
   return scan->thread ? scan : nullptr;
 }
 
@@ -160,6 +173,8 @@ void dir_scan_cancel(const std::shared_ptr<DirScan>& scan) {
   scan->calls = {};
   detached_interrupt(scan->thread);
   scan->thread = nullptr;
+  // As far as anyone can tell, it hangs. The note goes with the thread, which alone keeps it now.
+  if (!scan->finished && scan->hung) *std::exchange(scan->hung, nullptr) = hung_note(scan->path);
 }
 
 int dir_scan_look(const char* path, int flags) {

@@ -38,10 +38,12 @@ struct DirScan {
   std::atomic<int> read{0};      // entries and names looked at so far: while it grows, nothing hangs
   int32_t count = 0;             // subdirectories found; interface thread
   DirScanCalls calls;            // interface thread
-  std::shared_ptr<struct Detached> thread;  // interface thread
+  std::shared_ptr<struct Detached> thread;      // interface thread
+  std::shared_ptr<std::shared_ptr<void>> hung;  // the thread's note, should it be left behind
 };
 
-// Starts scanning path. Null when no thread could be started. Interface thread.
+// Starts scanning path. Null when no thread could be started. Where too many threads hang already, none is:
+// the directory is told to be empty. Interface thread.
 std::shared_ptr<DirScan> dir_scan_start(const std::string& path, unsigned flags, DirScanCalls calls);
 
 // Stops a scan and forgets it without waiting: a thread that hangs is left behind with what it owns. Null and

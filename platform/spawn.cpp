@@ -13,11 +13,13 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "platform/desktop.h"
 #include "platform/host.h"
 
 namespace {
 using SpawnClock = std::chrono::steady_clock;
-constexpr int kExecPatience_ms = 2000;
+// The window does not stand still for it: what has not failed by then counts as started.
+constexpr int kExecPatience_ms = 2000, kExecPatienceOfWindow_ms = 60;
 
 // All that the child needs, made before the fork: behind it nothing may allocate.
 struct SpawnPlan {
@@ -109,7 +111,8 @@ bool wait_readable(int fd, SpawnClock::time_point end) {
 
 // Reads the notes until the exec closed the pipe, failed, or took too long (it counts as started then).
 int spawn_outcome(int fd) {
-  const auto end = SpawnClock::now() + std::chrono::milliseconds(kExecPatience_ms);
+  const int patience = desk_on_interface_thread() ? kExecPatienceOfWindow_ms : kExecPatience_ms;
+  const auto end = SpawnClock::now() + std::chrono::milliseconds(patience);
   int pid = -1, error = 0;
   SpawnNote note;
   while (wait_readable(fd, end)) {

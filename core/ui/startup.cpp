@@ -1,8 +1,10 @@
 #include "core/ui/startup.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QApplication>
+#include <cstdlib>
 
 #include "commands/associations.h"
 #include "core/command_line.h"
@@ -12,6 +14,7 @@
 #include "core/ui/file_manager1.h"
 #include "core/ui/signals.h"
 #include "fileops/ui/slots.h"
+#include "fileops/ui/slots_running.h"
 #include "platform/host.h"
 #include "platform/qt/desktop_qt.h"
 #include "views/ui/base.h"
@@ -21,6 +24,11 @@ namespace {
 bool names_wayland(const std::string& server) {
   struct stat status;
   return server.rfind("wayland", 0) == 0 || (stat(server.c_str(), &status) == 0 && S_ISSOCK(status.st_mode));
+}
+
+// Where the toolkit ends the process because its display has gone.
+void save_at_sudden_end() {
+  if (gettid() == getpid()) base_save_without_display();  // what is saved is the interface thread's
 }
 
 }  // namespace
@@ -40,6 +48,8 @@ int startup_run(int argc, char** argv, const CommandLine& line) {
   state_init(argc, argv);
   init_read_associations(gConfigPath, "associate.003");
   signals_attach({slot_terminate_all, signal_refresh});
+  slots_running_watch_exit();
+  std::atexit(save_at_sudden_end);
   base_create();
   base_open(line);
   file_manager1_show_pending();

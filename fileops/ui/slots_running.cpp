@@ -61,8 +61,12 @@ void draw_newest(void* slot) {
 }
 }  // namespace
 
-void slots_running_add(void* slot, std::shared_ptr<fop_control> control) {
+void slots_running_watch_exit() {
   [[maybe_unused]] static const int registered = on_exit(end_workers, nullptr);
+}
+
+void slots_running_add(void* slot, std::shared_ptr<fop_control> control) {
+  slots_running_watch_exit();
   std::lock_guard lock(running().mutex);
   running().slots[slot] = std::move(control);
 }

@@ -19,7 +19,7 @@ TEST(FsProbe, AnAlarmFreesACallThatCanBeInterrupted) {
     char byte;
     *error = read(ends[0], &byte, 1) < 0 ? errno : 0;
   };
-  EXPECT_TRUE(fs_bounded(wait_in_vain, 300));
+  EXPECT_TRUE(fs_bounded("/", wait_in_vain, 300));
   EXPECT_EQ(*error, EINTR);
   close(ends[0]), close(ends[1]);
 }
@@ -34,7 +34,7 @@ TEST(FsProbe, AThreadThatHangsOnIsLeftBehindWhileEventsRun) {
     while (!*release) usleep(1000);
     *ended = true;
   };
-  EXPECT_FALSE(fs_bounded(hang, 150));
+  EXPECT_FALSE(fs_bounded("/", hang, 150));
   desk_timer_stop(timer);
   EXPECT_GT(ticks, 0);
   *release = true;

@@ -2,6 +2,7 @@
 
 #include "core/command_line.h"
 #include "core/state.h"
+#include "dirmodel/fs_probe.h"
 #include "tests/support/hostile_tree.h"
 #include "tests/support/temp_dir.h"
 
@@ -16,7 +17,8 @@ auto with_arguments(auto* reader, Texts texts) {
   return reader(static_cast<int>(texts.size()), pointers.data());
 }
 std::string start_directory(const Texts& texts) {
-  return with_arguments(state_start_directory, texts);
+  with_arguments(state_start_directory, texts);
+  return fs_path_is_directory(gStartPath.c_str()) > 0 ? gStartPath : gStartElsewhere;
 }
 CommandLine parsed(const Texts& texts) {
   return with_arguments(command_line_parse, texts);

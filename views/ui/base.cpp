@@ -153,7 +153,7 @@ void base_open(const CommandLine& line) {
   late.setSingleShot(true);
   QObject::connect(&late, &QTimer::timeout, sBase, base_show);
   late.start(kFirstListMs);
-  fl_setpath(gStartPath.c_str());
+  fl_show_first(gStartPath, gStartElsewhere);
   base_show();
   show_sort_method();
 }
@@ -206,19 +206,29 @@ void base_get_divider_metrics(Settings* record) {
   for (int i = 0; i < 6; ++i) record->column_width[i] = fl_get_column_width(i + 1);
 }
 
-void base_closing() {
+static void save_once(bool measure) {
   if (!sBase || sSaved) return;
   sSaved = true;
   base_window_closed = 1;
   if (!gConfigPath) return;
   if (gConfig->save_on_exit) {
-    base_get_window_metrics(gConfig);
-    base_get_divider_metrics(gConfig);
+    if (measure) {
+      base_get_window_metrics(gConfig);
+      base_get_divider_metrics(gConfig);
+    }
     init_save_config(gConfig, gConfigPath, "config.003");
   }
   init_save_cboxs(gConfigPath);
   init_destroy_cboxs();
   tree_save(gConfigPath, "hotlist.001");
+}
+
+void base_closing() {
+  save_once(true);
+}
+
+void base_save_without_display() {
+  save_once(false);
 }
 
 void base_destroy() {

@@ -28,6 +28,8 @@ void base_show();
 // Saves, once, what is to be kept: metrics and record when save-on-exit is set, histories, hotlist. Nothing
 // without a settings directory. Sets base_window_closed.
 void base_closing();
+// The same but for the metrics, asking nothing of the toolkit: for when the display has gone.
+void base_save_without_display();
 // Deletes the window.
 void base_destroy();
 

@@ -42,6 +42,9 @@ void fl_set_current(int i);
 void fl_sort_cb(int column);
 void show_sort_method();
 
+// Runs fn, whose waiting for the file system lets events run, as a part of reading a directory: the main
+// window takes no input but what gives it up.
+void fl_as_reading(const std::function<void()>& fn);
 // True while dir_read runs (its events may call anything).
 bool fl_reading();
 // Runs fn once the reading under way has ended, and gives that reading up. A later call replaces an earlier.

@@ -12,6 +12,7 @@
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_read.h"
 #include "dirmodel/dir_sort.h"
+#include "dirmodel/fs_probe.h"
 #include "platform/desktop.h"
 #include "views/find.h"
 #include "views/ui/base.h"
@@ -25,6 +26,11 @@ constexpr int kLongReadingMs = 300;  // until then nothing shows that a reading 
 bool sReading = false, sRefreshAgain = false;
 std::function<void()> sAfter;
 std::string sLastPath;  // of the last refresh
+
+void give_up_reading() {
+  dir_read_cancel();
+  fs_give_up_looking();
+}
 
 // Takes the input of the main window for as long as it stands.
 class ReadingGuard : public QObject {
@@ -65,7 +71,7 @@ class ReadingGuard : public QObject {
 
   void press_key(QKeyEvent* key) {
     const bool alt = key->modifiers() & Qt::AltModifier;
-    if (key->key() == Qt::Key_Escape) dir_read_cancel();
+    if (key->key() == Qt::Key_Escape) give_up_reading();
     if (key->key() == Qt::Key_Backspace && !key->modifiers()) gm_up();
     if (key->key() == Qt::Key_F6) gm_home();
     if (key->key() == Qt::Key_Left && alt) gm_back();
@@ -92,7 +98,7 @@ bool ReadingGuard::eventFilter(QObject* object, QEvent* event) {
     case QEvent::Close:
       if (object != window_) return false;
       close_wanted_ = true;
-      dir_read_cancel();
+      give_up_reading();
       event->ignore();
       return true;
     default:
@@ -121,7 +127,12 @@ bool fl_reading() {
 
 void fl_after_reading(std::function<void()> fn) {
   sAfter = std::move(fn);
-  dir_read_cancel();
+  give_up_reading();
+}
+
+void fl_as_reading(const std::function<void()>& fn) {
+  const ReadingGuard guard(base_window());
+  fn();
 }
 
 int fl_refresh() {

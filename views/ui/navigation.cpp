@@ -1,12 +1,11 @@
 #include "views/ui/navigation.h"
 
-#include <QApplication>
-#include <QKeyEvent>
 #include <QMainWindow>
 
 #include <cstdlib>
 #include <string>
 
+#include "core/toolkit/escape_watch.h"
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
 #include "dirmodel/fs_probe.h"
@@ -23,29 +22,15 @@ namespace {
 
 int sAttempts = 0;
 
-// While a path is looked at, Escape ends the waiting.
-class EscapeFromLook : public QObject {
- public:
-  EscapeFromLook() { qApp->installEventFilter(this); }
-
- protected:
-  bool eventFilter(QObject* object, QEvent* event) override {
-    if (event->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape)
-      return false;
-    auto* widget = qobject_cast<QWidget*>(object);
-    if (!widget || widget->window() != base_window()) return false;
-    ++sAttempts;
-    fs_give_up_looking();
-    return true;
-  }
-};
-
 // The cleaned path; empty, after its message, when it cannot be shown. Silently empty when it is the current
 // one, or when the user went elsewhere while a slow file system was asked.
 std::string checked_path(const std::string& text) {
   const int attempt = ++sAttempts;
   fs_give_up_looking();  // where the user wanted to go before
-  const EscapeFromLook escape;
+  const EscapeWatch escape(base_window(), [] {
+    ++sAttempts;
+    fs_give_up_looking();
+  });
   std::string message;
   const std::string path = x_check_path(text.c_str(), gDir.path, &message);
   if (attempt != sAttempts || desk_ended()) return {};
@@ -77,6 +62,19 @@ std::string last_component(std::string path) {
 }
 
 }  // namespace
+
+void fl_show_first(const std::string& wanted, const std::string& otherwise) {
+  std::string path, message;
+  fl_as_reading([&] {
+    desk_status(1, "Reading Directory");
+    const bool there = !wanted.empty() && fs_path_is_directory(wanted.c_str()) > 0;
+    path = x_check_path((there ? wanted : otherwise).c_str(), {}, &message);
+  });
+  if (desk_ended()) return;
+  if (!message.empty()) wreport(base_window(), "Error", "%s", message.c_str());
+  gDir.path = path.empty() ? "/" : path;  // never without one: what is made or pasted goes there
+  fl_refresh();
+}
 
 int fl_setpath(const char* path) {
   const std::string text = path ? path : "";

@@ -1,6 +1,13 @@
 // Changing the directory shown.
 #pragma once
 
+#include <string>
+
+// The first directory of the window, which is shown already: wanted where it is one, else otherwise, else
+// "/" (absolute paths, wanted may be empty). A file system that does not answer is waited for as in a
+// reading.
+void fl_show_first(const std::string& wanted, const std::string& otherwise);
+
 // Validates (with its messages) and shows path; no history. 0, or -1 when it is the current one or fails.
 int fl_setpath(const char* path);
 // fl_setpath; on success the forward stack is emptied and the previous path pushed on the backward stack.

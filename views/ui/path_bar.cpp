@@ -12,8 +12,10 @@
 #include <string>
 
 #include "core/state.h"
+#include "core/toolkit/escape_watch.h"
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
+#include "dirmodel/fs_probe.h"
 #include "platform/desktop.h"
 #include "views/fname.h"
 #include "views/hotlist.h"
@@ -73,7 +75,9 @@ void complete_directory(QLineEdit* line) {
   const std::string shown = line->text().toStdString();
   const char* typed = fname_encode(shown.c_str());
   if (!typed || !*typed) return;
+  const EscapeWatch escape(base_window(), fs_give_up_looking);
   const char* found = find_matching_dir(std::string(typed).c_str());
+  if (line->text().toStdString() != shown) return;  // a slow file system: the user has typed on
   if (!found) return desk_bell();
   const int length = int(std::string(found).size());
   line->setText(QString::fromUtf8(fname_decode(found)));

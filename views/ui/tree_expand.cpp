@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "core/state.h"
+#include "core/toolkit/escape_watch.h"
 #include "core/toolkit/message.h"
 #include "dirmodel/text.h"
 #include "fileops/dir_scan.h"
@@ -35,7 +36,13 @@ DirNames read_subdirectories(const std::string& path) {
   const int timer = desk_timer_start(300, print_progress);
   int seen = -1;
   auto progress = std::chrono::steady_clock::now();
-  while (!reading->ended && std::chrono::steady_clock::now() - progress < STALLED_AFTER) {
+  bool given_up = false;
+  const EscapeWatch escape(base_window(), [&given_up] {
+    given_up = true;
+    desk_wake();
+  });
+  while (!reading->ended && !given_up && !desk_ended() &&
+         std::chrono::steady_clock::now() - progress < STALLED_AFTER) {
     if (scan->read != seen) {
       seen = scan->read;
       progress = std::chrono::steady_clock::now();
