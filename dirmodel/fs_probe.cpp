@@ -29,7 +29,7 @@ constexpr auto kQuietWait = std::chrono::milliseconds(20);
 // What a thread gets to come back after the alarm signal.
 constexpr auto kGrace = std::chrono::milliseconds(200);
 
-unsigned sLooksGivenUp = 0;  // of the interface thread
+unsigned sLooksGivenUp = 0, sAllGivenUp = 0;  // of the interface thread
 
 struct Probe {
   std::function<void()> work;
@@ -40,14 +40,14 @@ struct Probe {
   pthread_t thread{};
   std::string path;    // what it is about
   bool looks = false;  // it only looks
-  unsigned begun = 0;
+  unsigned begun = 0, all_begun = 0;
   HungNote hung;  // once it was left behind
 };
 
 // Whether the interface thread waits for it no longer.
 bool given_up(const Probe& probe) {
   if (!desk_on_interface_thread()) return false;
-  return desk_ended() || (probe.looks && probe.begun != sLooksGivenUp);
+  return desk_ended() || probe.all_begun != sAllGivenUp || (probe.looks && probe.begun != sLooksGivenUp);
 }
 
 bool probe_wait_quietly(Probe& probe, ProbeClock::time_point end) {
@@ -153,6 +153,7 @@ static bool probe_path(const std::string& path, bool looks, std::function<void()
   probe->path = path;
   probe->looks = looks;
   probe->begun = sLooksGivenUp;
+  probe->all_begun = sAllGivenUp;
   return probe_bounded(probe, timeout_ms);
 }
 
@@ -162,6 +163,11 @@ bool fs_bounded(const std::string& path, std::function<void()> work, int timeout
 
 bool fs_bounded_look(const std::string& path, std::function<void()> work) {
   return probe_path(path, true, std::move(work), 10000);
+}
+
+void fs_give_up() {
+  ++sAllGivenUp;
+  desk_wake();
 }
 
 void fs_give_up_looking() {

@@ -16,6 +16,8 @@ bool fs_bounded_look(const std::string& path, std::function<void()> work);
 
 // Ends every wait of the interface thread for a look, also those below on the stack. Interface thread.
 void fs_give_up_looking();
+// Ends every wait of the interface thread; what is being done may still happen later. Interface thread.
+void fs_give_up();
 
 // -1 when the status cannot be read (or not in time), 0 not a directory, else its link count (2 where the
 // file system reports 0). Bounded.

@@ -14,11 +14,11 @@ int stat_optimize(const struct dirent* entry, struct stat64* out);
 // The first file of that name along a ':'-separated path list that may be executed; empty when there is none.
 std::string pathfind_r(const std::string& path_list, const std::string& name);
 
-// Starts program (path, or a name found along PATH) in the background. argv holds argument 0 too. The process
-// id, or -1 with errno, also when the exec itself failed. The child has the default signal dispositions, a
-// clear signal mask and no descriptors of ours beyond the first three; it is nobody's zombie and is never
-// waited for.
-int spawnvpe(const std::string& program, const std::vector<std::string>& argv);
+// Starts program (path, or a name found along PATH) in the background, in directory dir (null: in ours). argv
+// holds argument 0 too. The process id, or -1 with errno, also when the exec itself failed. The child has the
+// default signal dispositions, a clear signal mask and no descriptors of ours beyond the first three; it is
+// nobody's zombie and is never waited for.
+int spawnvpe(const std::string& program, const std::vector<std::string>& argv, const char* dir = nullptr);
 
 // Runs a shell command line and reads the first line it prints, at most limit bytes, its newline included.
 // False when it prints nothing within timeout_ms; the command is then ended.

@@ -26,6 +26,7 @@ struct SpawnPlan {
   std::vector<std::string> candidates;  // in the order to try them
   std::vector<char*> argv;
   std::vector<char*> script_argv;  // the same run by the shell: a script without a first line "#!"
+  const char* dir = nullptr;       // where it starts; null: where we are
   int output = -1;                 // the child's standard output, in a process group of its own; -1: ours
 };
 
@@ -70,6 +71,10 @@ void spawn_tell(int fd, int kind, int value) {
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
+  if (plan.dir && chdir(plan.dir) != 0) {
+    spawn_tell(report, 'e', errno);
+    _exit(127);
+  }
   if (plan.output >= 0) setpgid(0, 0);
   if (plan.output == STDOUT_FILENO) fcntl(STDOUT_FILENO, F_SETFD, 0);
   if (plan.output > STDOUT_FILENO) dup2(plan.output, STDOUT_FILENO);
@@ -152,12 +157,13 @@ int spawn_start(SpawnPlan& plan) {
 }
 }  // namespace
 
-int spawnvpe(const std::string& program, const std::vector<std::string>& argv) {
+int spawnvpe(const std::string& program, const std::vector<std::string>& argv, const char* dir) {
   if (program.empty()) {
     errno = ENOENT;
     return -1;
   }
   SpawnPlan plan = spawn_plan(program, argv);
+  plan.dir = dir;
   return spawn_start(plan);
 }
 

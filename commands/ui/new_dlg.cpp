@@ -38,6 +38,7 @@ class NewDialog : public BusyDialog {
     busy_ = true;
     const NewItemResult result =
         new_item_create(gNew_op, gDir.path, ui_.new_name->text().toUtf8().toStdString());
+    if (alive && given_up_) return QDialog::reject();
     if (!result.message.empty()) wreport(this, "Error", "%s", result.message.c_str());
     if (!alive) return;
     if (!result.name.empty()) {

@@ -13,6 +13,7 @@
 #include "core/toolkit/icons.h"
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
+#include "dirmodel/fs_probe.h"
 #include "platform/desktop.h"
 #include "platform/detached.h"
 #include "ui_property_dlg.h"
@@ -73,8 +74,9 @@ class PropertyDialog : public QDialog {
 
   void accept() override;
   void reject() override {
+    if (!busy_) return QDialog::reject();
     stop_ = true;  // while the changes are made, Escape leaves out those that are still to come
-    if (!busy_) QDialog::reject();
+    fs_give_up();
   }
   void done(int result) override {
     QDialog::done(result);
@@ -202,7 +204,7 @@ std::string PropertyDialog::apply_all() {
   since_events.start();
   for (size_t i = 0; i < record.entries.size() && alive && !stop_; i++) {
     const std::string message = prop_apply(&record, i, wanted);
-    if (!message.empty()) wreport(alive, "Error", "%s", message.c_str());
+    if (!message.empty() && !(alive && stop_)) wreport(alive, "Error", "%s", message.c_str());
     if (since_events.elapsed() < EVENTS_EVERY_MS) continue;
     desk_pending_events();
     since_events.start();

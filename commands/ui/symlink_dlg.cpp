@@ -37,6 +37,7 @@ class SymlinkDialog : public BusyDialog {
     const SymlinkStep last = run_steps();
     if (!alive) return;
     busy_ = false;
+    if (given_up_) return QDialog::reject();
     if (last != SymlinkStep::DONE) return ui_.symlink_dst_txt->setFocus();
     accept();
     fl_refresh();
@@ -44,12 +45,14 @@ class SymlinkDialog : public BusyDialog {
 
   // Asks and tells until nothing is left to ask. The last step.
   SymlinkStep run_steps() {
+    const QPointer<SymlinkDialog> alive(this);
     const std::string source = source_;  // the dialog may be gone after a question
     const std::string destination = ui_.symlink_dst_txt->text().toUtf8().toStdString();
     const bool by_path_manager = ui_.symlink_proclink_tgl->isChecked();
     bool overwrite = false;
     for (;;) {
       const SymlinkResult result = symlink_create(gDir.path, source, destination, by_path_manager, overwrite);
+      if (alive && given_up_) return result.step;
       const QString title = QString::fromStdString(result.title), text = QString::fromStdString(result.text);
       if (result.step == SymlinkStep::NOTICE) walert(this, title, text, "&Close");
       if (result.step != SymlinkStep::ASK) return result.step;

@@ -5,6 +5,9 @@
 #include <QPointer>
 #include <utility>
 
+#include "dirmodel/dir_read.h"
+#include "dirmodel/fs_probe.h"
+
 // The size that a window may have on its screen, in logical pixels: the frame that the window manager adds is
 // taken off.
 QSize dialog_room(const QWidget* window);
@@ -34,16 +37,20 @@ void dialog_open_one(QWidget* parent, Arguments&&... arguments) {
   dialog_one(dialog);
 }
 
-// A dialog that stays open while what it was asked for is being done: events run meanwhile.
+// A dialog that stays open while what it was asked for is being done: events run meanwhile, and Cancel gives
+// up waiting for a file system.
 class BusyDialog : public QDialog {
  public:
   using QDialog::QDialog;
   void reject() override {
-    if (!busy_) QDialog::reject();
+    if (!busy_) return QDialog::reject();
+    given_up_ = true;
+    fs_give_up();
+    dir_read_cancel();
   }
 
  protected:
-  bool busy_ = false;
+  bool busy_ = false, given_up_ = false;
 };
 
 // A tool tip that shows the text as it stands, whatever markup a name in it looks like.

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QElapsedTimer>
 #include <QScreen>
 #include <QScrollBar>
 #include <QStyle>
@@ -21,7 +22,7 @@
 #include "ui_slots_holder.h"
 
 namespace {
-constexpr int sSweepMs = 100;
+constexpr int sSweepMs = 100, sHungAfterMs = 10000;
 constexpr int sMostWidth = 1200, sBottomMargin = 50, sScrollBarWidth = 15;
 
 // Closing it does not end the operations: it goes to the task bar, and comes back with the next one.
@@ -68,7 +69,18 @@ void resize_base() {
 
 // Every running instance refreshes its views: the operation has changed directories.
 void signal_instances() {
-  spawnvpe("/bin/sh", {"sh", "-c", "procsig -f -s SIGWINCH zan >/dev/null 2>&1"});
+  // Not where the window is: a shell looks at its directory first, and that may hang.
+  spawnvpe("/bin/sh", {"sh", "-c", "procsig -f -s SIGWINCH zan >/dev/null 2>&1"}, "/");
+}
+
+// Whether the window was closed and nothing but cancelled operations has run for so long that they must hang.
+bool only_hung_ones_left() {
+  static QElapsedTimer since;
+  const auto cancelled = [](const SlotRow* row) { return !row->control() || row->control()->cancel; };
+  const bool only = base_window_closed && std::all_of(sSlots.begin(), sSlots.end(), cancelled);
+  if (!only) since.invalidate();
+  if (only && !since.isValid()) since.start();
+  return only && slot_running() > 0 && since.hasExpired(sHungAfterMs);
 }
 
 void slot_timer(QTimer*) {
@@ -83,6 +95,7 @@ void slot_timer(QTimer*) {
     swept = true;
   }
   if (swept) signal_instances();
+  if (only_hung_ones_left()) return program_end();
   if (swept && base_window_closed && slot_running() == 0) program_end();
 }
 

@@ -6,6 +6,8 @@
 //   open          opening the directory
 //   names         reading its names
 //   root          the status of the directory itself
+//   data          opening a file
+//   change        making a directory, renaming
 //   twice         nothing; every name is returned twice
 //   faulty        nothing; but its files do not read as they should. All are said to be 100,000 bytes long;
 //                 byte i is i % 251. "entry00" has no fault, a read of "entry01" gives at most 777 bytes,
@@ -58,9 +60,9 @@ int slow_getattr(const char* path, struct stat* status, struct fuse_file_info*) 
   return sMode == (lookup ? "lookup" : "status") ? hang(false) : 0;
 }
 
-int faulty_open(const char*, struct fuse_file_info* file) {
+int slow_open(const char*, struct fuse_file_info* file) {
   file->direct_io = 1;  // the reader gets what is given here, not pages of it
-  return 0;
+  return sMode == "data" ? hang(false) : 0;
 }
 
 int faulty_read(const char* path, char* buffer, size_t size, off_t offset, struct fuse_file_info*) {
@@ -88,6 +90,14 @@ int slow_readdir(const char*, void* buffer, fuse_fill_dir_t fill, off_t, struct 
   return 0;
 }
 
+int slow_mkdir(const char*, mode_t) {
+  return sMode == "change" ? hang(false) : -EROFS;
+}
+
+int slow_rename(const char*, const char*, unsigned) {
+  return sMode == "change" ? hang(false) : -EROFS;
+}
+
 void* slow_init(struct fuse_conn_info* connection, struct fuse_config* config) {
   connection->want &= ~(FUSE_CAP_READDIRPLUS | FUSE_CAP_READDIRPLUS_AUTO);
   config->intr = sMode == "interruptible";
@@ -107,8 +117,10 @@ int main(int argc, char** argv) {
   operations.getattr = slow_getattr;
   operations.opendir = slow_opendir;
   operations.readdir = slow_readdir;
-  operations.open = faulty_open;
+  operations.open = slow_open;
   operations.read = faulty_read;
+  operations.mkdir = slow_mkdir;
+  operations.rename = slow_rename;
   operations.init = slow_init;
   // By hand: the short way takes a thread count from nowhere in some versions of the library.
   fuse_args arguments = FUSE_ARGS_INIT(1, argv);

@@ -164,6 +164,10 @@ void fl_show_reading(bool long_one) {
   sView->viewport()->setUpdatesEnabled(long_one);
 }
 
+void fl_show_rows_read() {
+  sModel->grow();
+}
+
 bool fl_row_selected(int row) {
   const int i = sModel ? sModel->entry_of(row) : -2;
   if (i == -1) return sParentSelected;

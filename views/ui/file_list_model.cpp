@@ -66,6 +66,13 @@ void FileListModel::clear() {
   endResetModel();
 }
 
+void FileListModel::grow() {
+  if (gDir.count <= rows_ || parent_row_) return;
+  beginInsertRows({}, rows_, gDir.count - 1);
+  rows_ = gDir.count;
+  endInsertRows();
+}
+
 int FileListModel::entry_of(int row) const {
   if (row < 0 || row >= rows_) return -2;
   return row - (parent_row_ ? 1 : 0);

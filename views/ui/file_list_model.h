@@ -13,8 +13,10 @@ class FileListModel : public QAbstractTableModel {
 
   // Takes the rows anew from gDir, with or without the ".." row.
   void rebuild(bool parent_row);
-  // No rows at all: what a reading that takes long shows.
+  // No rows at all: with this begins what a reading that takes long shows.
   void clear();
+  // After clear, rows for the entries that were read meanwhile, in the order of their coming.
+  void grow();
 
   bool has_parent_row() const { return parent_row_; }
   int rows() const { return rows_; }

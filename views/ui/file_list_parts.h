@@ -43,11 +43,13 @@ void fl_sort_cb(int column);
 void show_sort_method();
 
 // Runs fn, whose waiting for the file system lets events run, as a part of reading a directory: the main
-// window takes no input but what gives it up.
-void fl_as_reading(const std::function<void()>& fn);
+// window takes no input but what gives it up. False when that came.
+bool fl_as_reading(const std::function<void()>& fn);
 // True while dir_read runs (its events may call anything).
 bool fl_reading();
 // Runs fn once the reading under way has ended, and gives that reading up. A later call replaces an earlier.
 void fl_after_reading(std::function<void()> fn);
 // The list's rows while a reading goes on: the old picture stands, and after a while none at all.
 void fl_show_reading(bool long_one);
+// In a long reading: those that have come by now.
+void fl_show_rows_read();

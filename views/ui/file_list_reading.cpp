@@ -22,12 +22,14 @@
 namespace {
 
 constexpr int kLongReadingMs = 300;  // until then nothing shows that a reading is going on
+constexpr int kRowsComeMs = 500;     // then what has been read shows this often
 
-bool sReading = false, sRefreshAgain = false;
+bool sReading = false, sRefreshAgain = false, sGivenUp = false;
 std::function<void()> sAfter;
 std::string sLastPath;  // of the last refresh
 
 void give_up_reading() {
+  sGivenUp = true;
   dir_read_cancel();
   fs_give_up_looking();
 }
@@ -39,8 +41,11 @@ class ReadingGuard : public QObject {
     sReading = true;
     fl_show_reading(false);
     qApp->installEventFilter(this);
-    long_.setSingleShot(true);
-    connect(&long_, &QTimer::timeout, this, [this] { show_busy(); });
+    connect(&long_, &QTimer::timeout, this, [this] {
+      if (!busy_) show_busy();
+      long_.setInterval(kRowsComeMs);
+      fl_show_rows_read();
+    });
     long_.start(kLongReadingMs);
   }
   ~ReadingGuard() override {
@@ -130,9 +135,11 @@ void fl_after_reading(std::function<void()> fn) {
   give_up_reading();
 }
 
-void fl_as_reading(const std::function<void()>& fn) {
+bool fl_as_reading(const std::function<void()>& fn) {
   const ReadingGuard guard(base_window());
+  sGivenUp = false;
   fn();
+  return !sGivenUp;
 }
 
 int fl_refresh() {

@@ -64,14 +64,18 @@ std::string last_component(std::string path) {
 }  // namespace
 
 void fl_show_first(const std::string& wanted, const std::string& otherwise) {
-  std::string path, message;
-  fl_as_reading([&] {
-    desk_status(1, "Reading Directory");
-    const bool there = !wanted.empty() && fs_path_is_directory(wanted.c_str()) > 0;
-    path = x_check_path((there ? wanted : otherwise).c_str(), {}, &message);
-  });
-  if (desk_ended()) return;
-  if (!message.empty()) wreport(base_window(), "Error", "%s", message.c_str());
+  std::string path;
+  for (const std::string& place : {wanted, otherwise}) {
+    std::string message;
+    const bool answered = fl_as_reading([&] {
+      desk_status(1, "Reading Directory");
+      if (place == otherwise || fs_path_is_directory(place.c_str()) > 0)
+        path = x_check_path(place.c_str(), {}, &message);
+    });
+    if (desk_ended()) return;
+    if (answered && !message.empty()) wreport(base_window(), "Error", "%s", message.c_str());
+    if (!path.empty()) break;
+  }
   gDir.path = path.empty() ? "/" : path;  // never without one: what is made or pasted goes there
   fl_refresh();
 }
