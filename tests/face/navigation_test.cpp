@@ -148,6 +148,9 @@ TEST_F(Navigation, OnlyEnterOrAPickGoesSomewhere) {
   for (int i = 0; i < row; ++i) QTest::keyClick(path_box()->view(), Qt::Key_Down);
   QTest::keyClick(path_box()->view(), Qt::Key_Return);
   EXPECT_EQ(gDir.path, dir_ / "two") << "picked";
+  rmdir((dir_ / "two").c_str());
+  fl_refresh();
+  EXPECT_EQ(status(1), "Cannot access directory '" + dir_ / "two" + "'") << "not just an empty list";
 }
 
 TEST_F(Navigation, EscapeTwiceCompletesADirectory) {

@@ -15,6 +15,7 @@
 #include "dirmodel/fs_probe.h"
 #include "platform/desktop.h"
 #include "views/find.h"
+#include "views/fname.h"
 #include "views/ui/base.h"
 #include "views/ui/file_list_parts.h"
 #include "views/ui/navigation.h"
@@ -39,6 +40,7 @@ class ReadingGuard : public QObject {
  public:
   explicit ReadingGuard(QMainWindow* window) : window_(window) {
     sReading = true;
+    sGivenUp = false;
     fl_show_reading(false);
     qApp->installEventFilter(this);
     connect(&long_, &QTimer::timeout, this, [this] {
@@ -137,7 +139,6 @@ void fl_after_reading(std::function<void()> fn) {
 
 bool fl_as_reading(const std::function<void()>& fn) {
   const ReadingGuard guard(base_window());
-  sGivenUp = false;
   fn();
   return !sGivenUp;
 }
@@ -166,7 +167,10 @@ int fl_refresh() {
   const bool gone = found < 0 && (kept >= 0 || nothing_current);
   fl_goto_index(found >= 0 || gone ? found : -1);
   if (gone) fl_cursor_at(row);  // a list does not jump to its top because something was deleted
-  desk_status(1, "");
+  // An empty list alone would look as if the files were gone.
+  const bool failed = result != 0 && !sGivenUp && !gDir.path.empty();
+  desk_status(1,
+              failed ? "Cannot access directory '" + std::string(fname_decode(gDir.path.c_str())) + "'" : "");
   run_what_waited();
   return result;
 }
