@@ -12,6 +12,7 @@
 #include "core/toolkit/dialogs.h"
 #include "core/toolkit/icons.h"
 #include "core/toolkit/message.h"
+#include "dirmodel/dir_read.h"
 #include "dirmodel/dir_record.h"
 #include "dirmodel/fs_probe.h"
 #include "platform/desktop.h"
@@ -77,6 +78,7 @@ class PropertyDialog : public QDialog {
     if (!busy_) return QDialog::reject();
     stop_ = true;  // while the changes are made, Escape leaves out those that are still to come
     fs_give_up();
+    dir_read_cancel();
   }
   void done(int result) override {
     QDialog::done(result);
@@ -219,6 +221,12 @@ void PropertyDialog::accept() {
   const QPointer<PropertyDialog> alive(this);
   const std::string name = apply_all();
   if (!alive) return;
+  if (stop_) {  // the dialog first: reading may hang, too
+    busy_ = false;
+    QDialog::reject();
+    fl_refresh();
+    return;
+  }
   fl_refresh();
   show_entry(name, false);
   if (!alive) return;
