@@ -54,7 +54,7 @@ TEST_F(FaultTest, ASourceThatChangesIsCopiedWholeOrReported) {
     dir.shell("rm -f from/* to/* && head -c 5000000 /dev/urandom >from/src");
     const int held = open((dir / "from/src").c_str(), O_RDONLY);
     bool changed = false;
-    go(FOP_COPY, {"src"}, dir / "to", {1}, 0, [&](fop_control&, int percent) {
+    go(FOP_COPY, {"src"}, dir / "to", {1}, 0, [&, change = change](fop_control&, int percent) {
       if (percent < 50 || percent == 100 || changed) return;
       changed = run_shell("cd '" + (dir / "from") + "' && " + change) == 0;
     });
