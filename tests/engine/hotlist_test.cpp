@@ -8,8 +8,6 @@ TEST(Hotlist, LoadTakesOverWhatIsAPathAndPassesOverTheRest) {
   const std::string longest = "/" + std::string(1022, 'x');
   const std::pair<std::string, Paths> rows[] = {
       {"/b\n/a\n/b\n", {"/b", "/a"}},  // order kept, duplicates dropped
-      {"/a\n/b", {"/a", "/b"}},
-      {"", {}},
       {"\n/a\nb\n\n../c\n", {"/a"}},
       {longest + "\n" + longest + "y\n/z\n", {longest, "/z"}},  // 1023 bytes are the most
       {std::string("/a\0b\n/c\n", 8), {"/c"}},

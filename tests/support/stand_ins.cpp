@@ -6,39 +6,13 @@
 
 #include "platform/host.h"
 
-const std::vector<std::string>& hostile_names() {
-  static const std::vector<std::string> names{"two words",
-                                              "$(touch canary)",
-                                              "`touch canary`",
-                                              ";touch canary;",
-                                              "&touch canary&",
-                                              "|touch canary",
-                                              ">canary",
-                                              "it's",
-                                              "'$(touch canary)'",
-                                              "';touch canary;'",
-                                              "\"$(touch canary)\"",
-                                              "\";touch canary;\"",
-                                              "a\ntouch canary\n",
-                                              "\ntouch canary;#",
-                                              "-rf",
-                                              "--help",
-                                              "+!touch canary",
-                                              "#comment",
-                                              "back\\slash",
-                                              "\\",
-                                              "*",
-                                              "[a-z]?",
-                                              "~root",
-                                              "$HOME",
-                                              "${IFS}",
-                                              "{a,b}",
-                                              "%s%n%d",
-                                              "@",
-                                              "not utf-8 \xff\xfe",
-                                              "\x01\x1b[31m\x7f",
-                                              " ",
-                                              std::string(255, 'n')};
+std::vector<std::string> hostile_names() {
+  std::vector<std::string> names = {std::string(255, 'n')};
+  for (const char* name :
+       {"$(touch canary)", "`touch canary`", ";touch canary;", "|touch canary&", ">canary",
+        "'$(touch canary)'", "';touch canary;'", "\"$(touch canary)\"", "\";touch canary;\"",
+        "\ntouch canary;#", "-rf", "+!touch canary", "#@%s%n", "\\", "$HOME *", "\xff\x01\x1b[31m\x7f", " "})
+    names.push_back(name);
   return names;
 }
 

@@ -8,7 +8,7 @@
 #include "tests/support/temp_dir.h"
 
 // Each would leave a file "canary" if anything of it were executed as it stands in the directory shown.
-const std::vector<std::string>& hostile_names();
+std::vector<std::string> hostile_names();
 
 // A name as a started program gets it: the quoting passes a single quote on as four characters.
 std::string as_received(std::string name);
