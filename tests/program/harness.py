@@ -249,7 +249,7 @@ class Desktop:
     def windows(self):
         """(id, process id, title) of each window that the window manager knows."""
         lines = [line.split(None, 4) for line in self.said("wmctrl", "-l", "-p", check=False).splitlines()]
-        return [(words[0], int(words[2]), words[4] if len(words) > 4 else "") for words in lines]
+        return [(words[0], int(words[2]), "".join(words[4:])) for words in lines if len(words) > 3]
 
     def make(self, name, content=""):
         """Makes a file below the scratch directory (a directory when the name ends in "/")."""

@@ -117,26 +117,6 @@ def display_dies_in_mid_move_between_file_systems(desk):
         shutil.rmtree(other)
 
 
-def display_dies_while_a_worker_hangs_in_the_kernel(desk):
-    slow = os.path.join(desk.bin, "zan_slow_fs")
-    if not os.path.exists(slow) or not os.access("/dev/fuse", os.R_OK | os.W_OK):
-        return print("skipped: no file system that hangs")
-    mount, log = desk.make("slow/"), desk.make("log")
-    server = desk.helper(slow, "interruptible", "1000000", log, mount)
-    try:
-        wait_for(lambda: os.path.ismount(mount) or server.poll() is not None, "the mount")
-        if server.poll() is not None:
-            return print("skipped: cannot mount")
-        app = desk.start(desk.make("to/"))
-        paste(desk, app, os.path.join(mount, "entry03"))
-        wait_for(lambda: os.path.getsize(log) > 0, "a call that hangs")
-        desk.server.kill()
-        status = app.wait()
-        assert status == 1, (status, app.errors())
-    finally:
-        subprocess.run(["umount", "-l", mount], check=False, stderr=subprocess.DEVNULL)
-
-
 def another_instance_ends_and_refreshes_meanwhile(desk):
     place = desk.make("to/")
     app, other, gone = desk.start(place), desk.start(place), desk.start(desk.work)
@@ -161,4 +141,4 @@ def another_instance_ends_and_refreshes_meanwhile(desk):
 
 sys.exit(run([every_end_signal_saves_and_ends, closing_the_window_leaves_the_operations_running,
               ended_in_mid_copy_with_a_question_open, display_dies_in_mid_move_between_file_systems,
-              display_dies_while_a_worker_hangs_in_the_kernel, another_instance_ends_and_refreshes_meanwhile]))
+              another_instance_ends_and_refreshes_meanwhile]))

@@ -2,12 +2,10 @@
 """A file system that hangs: the window lives on, goes elsewhere, and ends. What hangs here never comes back by
 itself, so that nothing below can be owed to waiting it out."""
 import os
-import shutil
-import signal
 import subprocess
 import sys
 
-from harness import SKIP, run, wait_for
+from harness import SKIP, read, run, wait_for
 
 NEVER = "100000000"  # ms
 MODES = ("root", "open", "names", "lookup", "status")
@@ -17,14 +15,10 @@ class Mount:
     """The file system whose calls hang, below the desk's scratch directory."""
 
     def __init__(self, desk, mode, name="hung"):
-        self.path = desk.make(name + "/").rstrip("/")
+        self.path = desk.make(name + "/")
         self.log = os.path.join(desk.root, name + ".log")
         self.server = subprocess.Popen([os.path.join(desk.bin, "zan_slow_fs"), mode, NEVER, self.log, self.path])
-        wait_for(self._mounted, "the mount")
-
-    def _mounted(self):
-        with open("/proc/mounts", encoding="utf-8") as table:
-            return any(line.split()[1] == self.path for line in table)
+        wait_for(lambda: f" {self.path} " in read("/proc/mounts"), "the mount")
 
     def calls(self):
         return os.path.getsize(self.log) if os.path.exists(self.log) else 0
@@ -38,10 +32,6 @@ class Mount:
         subprocess.run(["umount", "-l", self.path], check=True)
 
 
-def shows(app, path):
-    wait_for(lambda: app.title() == "ZAN: " + path, f"a window on {path}, not {app.title()}")
-
-
 def go(app, path):
     """Types a path into the path field."""
     app.keys("alt+p", "ctrl+a")
@@ -53,30 +43,26 @@ def threads(app):
     return len(os.listdir(f"/proc/{app.pid}/task"))
 
 
-def saved(desk):
-    return os.path.exists(os.path.join(desk.settings, "config.003"))
+def ended(app):
+    """Waits until the process has ended but for threads the kernel holds."""
+    wait_for(lambda: read(f"/proc/{app.pid}/stat").rpartition(")")[2].split()[0] == "Z", "the end of the process")
 
 
 def end_seen_by_the_user(desk, app):
-    """The window goes, the settings are kept, and the process has ended but for threads the kernel holds."""
+    """The window goes, the settings are kept, and the process has ended."""
     app.close()
     wait_for(lambda: not app.windows(), "the window's end")
-    wait_for(lambda: saved(desk), "saved settings")
-
-    def ended():
-        with open(f"/proc/{app.pid}/stat", encoding="utf-8") as stat:
-            return stat.read().rpartition(")")[2].split()[0] == "Z"
-    wait_for(ended, "the end of the process")
+    wait_for(lambda: os.path.exists(desk.record), "saved settings")
+    ended(app)
 
 
 def another_way_gives_it_up(desk):
     """Each kind of hang, left by each way of going elsewhere."""
-    desk.make("other/inside")
-    other = os.path.join(desk.work, "other")
+    other = desk.make("other/")
     for mode in MODES:
         with Mount(desk, mode, "hung-" + mode) as mount:
             app = desk.start(other)
-            shows(app, other)
+            app.shows(other)
             go(app, mount.path)
             wait_for(mount.calls, f"a call that hangs ({mode})")
             if mode in ("root", "open"):  # still being looked at: the window is where it was
@@ -85,15 +71,15 @@ def another_way_gives_it_up(desk):
                 app.keys("Return", window=app.other_window("Error"))
                 go(app, mount.path)
             else:
-                shows(app, other)
+                app.shows(other)
                 app.keys("BackSpace")
-                shows(app, desk.work)
+                app.shows(desk.work)
                 go(app, mount.path)
             app.keys("F6")
-            shows(app, desk.home)
+            app.shows(desk.home)
             end_seen_by_the_user(desk, app)
         assert app.wait() == 0, (mode, app.errors())
-        os.unlink(os.path.join(desk.settings, "config.003"))
+        os.unlink(desk.record)
 
 
 def complete(app, mount):
@@ -158,7 +144,7 @@ def every_function_lets_the_window_end(desk):
         with Mount(desk, mode, name) as mount:
             app = desk.start(mount.path if there else desk.work)
             if act:
-                shows(app, mount.path if there else desk.work)
+                app.shows(mount.path if there else desk.work)
             dialog = act(app, mount) if act else None
             wait_for(mount.calls, "a call that hangs: " + name)
             app.keys("Escape", window=dialog)
@@ -166,19 +152,19 @@ def every_function_lets_the_window_end(desk):
                 wait_for(lambda: dialog not in app.windows(), "the dialog's end: " + name)
             end_seen_by_the_user(desk, app)
         app.wait()
-        os.unlink(os.path.join(desk.settings, "config.003"))
+        os.unlink(desk.record)
 
 
 def looks_cost_few_threads(desk):
     with Mount(desk, "names") as mount:
         app = desk.start(desk.work)
-        shows(app, desk.work)
+        app.shows(desk.work)
         before = threads(app)
         for _ in range(4):
             go(app, mount.path)
             wait_for(mount.calls, "a call that hangs")
             app.keys("F6")
-            shows(app, desk.home)
+            app.shows(desk.home)
         go(app, mount.path)  # refused at once from now on
         app.keys("Return", window=app.other_window("Error"))
         assert threads(app) <= before + 6, (before, threads(app))
@@ -187,7 +173,7 @@ def looks_cost_few_threads(desk):
 
 
 def other_windows_and_operations_go_on(desk):
-    source, place = desk.make("from/file", "content"), desk.make("to/").rstrip("/")
+    source, place = desk.make("from/file", "content"), desk.make("to/")
     with Mount(desk, "names") as mount:
         app = desk.start(desk.work)
         go(app, mount.path)
@@ -195,20 +181,32 @@ def other_windows_and_operations_go_on(desk):
         other = desk.start(os.path.dirname(source))
         other.keys("ctrl+a", "ctrl+c")
         go(other, place)
-        shows(other, place)
+        other.shows(place)
         other.keys("ctrl+v")
         wait_for(lambda: os.path.exists(os.path.join(place, "file")), "the pasted file")
-        other.close()
-        assert other.wait() == 0, other.errors()
+        other.end()
         app.keys("Escape")
         end_seen_by_the_user(desk, app)
     app.wait()
 
 
-if __name__ == "__main__":
-    if not os.access("/dev/fuse", os.R_OK | os.W_OK) or os.geteuid() != 0 or \
-            not os.path.exists(os.path.join(sys.argv[1], "zan_slow_fs")):
-        print("skipped: no FUSE file system can be mounted here")
-        sys.exit(SKIP)
-    sys.exit(run([another_way_gives_it_up, every_function_lets_the_window_end, looks_cost_few_threads,
-                  other_windows_and_operations_go_on]))
+def the_display_dies_while_a_worker_hangs(desk):
+    desk.make("from/directory/")
+    with Mount(desk, "change") as mount:
+        app = desk.start(desk.make("from/"))
+        app.keys("ctrl+a", "ctrl+c")
+        go(app, mount.path)
+        app.shows(mount.path)
+        app.keys("ctrl+v")
+        wait_for(mount.calls, "a call that hangs")
+        desk.server.kill()
+        ended(app)
+    assert app.wait() == 1, app.errors()
+
+
+if not os.access("/dev/fuse", os.R_OK | os.W_OK) or os.geteuid() != 0 or \
+        not os.path.exists(os.path.join(sys.argv[1], "zan_slow_fs")):
+    print("skipped: no FUSE file system can be mounted here")
+    sys.exit(SKIP)
+sys.exit(run([another_way_gives_it_up, every_function_lets_the_window_end, looks_cost_few_threads,
+              other_windows_and_operations_go_on, the_display_dies_while_a_worker_hangs]))

@@ -2,51 +2,38 @@
 """"Show in folder" of other programs: the desktop's file-manager interface on the session bus."""
 import os
 import shutil
-import subprocess
 import sys
 import time
 
-from harness import run, wait_for
-
-
-def start_bus(desk):
-    daemon = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], env=desk.env,
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-    desk.env["DBUS_SESSION_BUS_ADDRESS"] = daemon.stdout.readline().strip()
+from harness import descendants, read, run, wait_for
 
 
 def call(desk, method, *uris):
-    subprocess.run(["gdbus", "call", "--session", "--dest=org.freedesktop.FileManager1",
-                    "--object-path=/org/freedesktop/FileManager1", "--method=org.freedesktop.FileManager1." + method,
-                    "@as " + repr(list(uris)), ""], env=desk.env, check=True, stdout=subprocess.DEVNULL)
+    desk.said("gdbus", "call", "--session", "--dest=org.freedesktop.FileManager1",
+              "--object-path=/org/freedesktop/FileManager1", "--method=org.freedesktop.FileManager1." + method,
+              "@as " + repr(list(uris)), "")
 
 
 def offered(desk):
-    reply = subprocess.run(["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
-                            "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner",
-                            "string:org.freedesktop.FileManager1"], env=desk.env, stdout=subprocess.PIPE, text=True,
-                           check=True).stdout
-    return "boolean true" in reply
-
-
-def listed(desk):
-    """(window, title) of each window; nothing while one vanishes under the listing."""
-    lines = subprocess.run(["wmctrl", "-l"], env=desk.env, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
-                           check=False).stdout.splitlines()
-    return [(line.split()[0], line.split(None, 3)[3]) for line in lines if len(line.split(None, 3)) == 4]
+    """Waits until somebody answers to the interface's name."""
+    wait_for(lambda: "true" in desk.said("gdbus", "call", "--session", "--dest=org.freedesktop.DBus", "--object-path=/",
+                                         "--method=org.freedesktop.DBus.NameHasOwner", "org.freedesktop.FileManager1"),
+             "the name on the bus")
 
 
 def titles(desk):
-    return [title for _, title in listed(desk)]
+    return [title for _, _, title in desk.windows()]
+
+
+def close_last(desk):
+    desk.said("wmctrl", "-i", "-c", desk.windows()[-1][0])
 
 
 def opens_folders_and_items_in_windows(desk):
-    start_bus(desk)
-    desk.make("here/one.txt")
-    desk.make("there/it's 100% #1?.txt")
-    here, there = os.path.join(desk.work, "here"), os.path.join(desk.work, "there")
+    desk.start_bus()
+    here, there = (os.path.dirname(desk.make(name)) for name in ("here/one.txt", "there/it's 100% #1?.txt"))
     app = desk.start(here)
-    wait_for(lambda: offered(desk), "the name on the bus")
+    offered(desk)
 
     call(desk, "ShowFolders", "file://" + there, "https://example.org/no", "file://elsewhere/etc")
     wait_for(lambda: "ZAN: " + there in titles(desk), "a window on the folder")
@@ -60,22 +47,19 @@ def opens_folders_and_items_in_windows(desk):
 
     # Another directory: a window of its own, in which the item is found under its very name.
     wait_for(lambda: len(titles(desk)) == 2, "the end of the properties")
-    second = next(window for window, title in listed(desk) if there in title)
-    subprocess.run(["wmctrl", "-i", "-c", second], env=desk.env, check=True)
+    close_last(desk)
     wait_for(lambda: "ZAN: " + there not in titles(desk), "the end of the second window")
     call(desk, "ShowItemProperties", "file://" + there + "/it's%20100%25%20%231%3F.txt")
     wait_for(lambda: len(titles(desk)) == 3, "a window and its properties")
 
 
 def answers_odd_calls_with_the_nearest_directory(desk):
-    start_bus(desk)
-    here = os.path.join(desk.work, "here")
-    for name in ("here/%d" % number for number in range(1000)):
-        desk.make(name + "x" * 50)
+    desk.start_bus()
+    here = desk.make("here/")
     odd = os.path.join(desk.work.encode(), b"odd \xff,\n").decode(errors="surrogateescape")
     os.mkdir(odd)
     desk.start(here)
-    wait_for(lambda: offered(desk), "the name on the bus")
+    offered(desk)
     for method, uris, shown in (
             ("ShowFolders", [], None), ("ShowItems", ["", "file:", "nothing", "file://elsewhere/etc/passwd"], None),
             ("ShowFolders", ["file:///"], "/"), ("ShowFolders", ["file://" + desk.work + "/gone/too"], desk.work),
@@ -85,7 +69,7 @@ def answers_odd_calls_with_the_nearest_directory(desk):
         call(desk, method, *uris)
         if shown:
             wait_for(lambda want=shown: any(want in title for title in titles(desk)[1:]), f"{method} {uris}")
-            subprocess.run(["wmctrl", "-i", "-c", listed(desk)[-1][0]], env=desk.env, check=True)
+            close_last(desk)
         wait_for(lambda: len(titles(desk)) == 1, f"no more windows after {method} {uris[:2]}")
         time.sleep(0.2)
 
@@ -97,30 +81,19 @@ def is_started_by_the_bus(desk):
     os.makedirs(services)
     shutil.copy(os.path.join(packaging, "org.freedesktop.FileManager1.service"), services)
     desk.env.update(XDG_DATA_HOME=os.path.join(desk.root, "data"), PATH=":".join((packaging, desk.bin, desk.env["PATH"])))
-    desk.make("there/one.txt")
-    start_bus(desk)
-    for folder in ("there", "."):
-        call(desk, "ShowFolders", "file://" + os.path.join(desk.work, folder) if folder != "." else "file://" + desk.work)
-        want = "ZAN: " + os.path.normpath(os.path.join(desk.work, folder))
-        wait_for(lambda: want in titles(desk), "a window on " + folder)
+    desk.start_bus()
+    for folder in (desk.make("there/"), desk.work):
+        call(desk, "ShowFolders", "file://" + folder)
+        wait_for(lambda want="ZAN: " + folder: want in titles(desk), "a window on " + folder)
     assert len(titles(desk)) == 2, titles(desk)
 
 
 def starts_nothing_without_a_bus(desk):
-    before = set(os.listdir("/proc"))
     app = desk.start(desk.work)
     app.keys("ctrl+a")
-    for pid in set(os.listdir("/proc")) - before:
-        if not pid.isdigit():
-            continue
-        try:
-            with open(f"/proc/{pid}/comm", encoding="utf-8") as comm, open(f"/proc/{pid}/environ", "rb") as environ:
-                ours = desk.root.encode() in environ.read()
-                assert not (ours and "dbus" in comm.read()), "a bus was started"
-        except OSError:
-            pass
-    app.close()
-    assert app.wait() == 0
+    names = [read(f"/proc/{pid}/comm") for pid in descendants(os.getpid())]
+    assert not [name for name in names if "dbus" in name], names
+    app.end()
 
 
 sys.exit(run([opens_folders_and_items_in_windows, answers_odd_calls_with_the_nearest_directory,
