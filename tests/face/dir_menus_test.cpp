@@ -152,25 +152,6 @@ TEST_F(DirMenus, OtherTakesATypedDestinationWithoutAQuestion) {
   }
 }
 
-TEST_F(DirMenus, ThousandsOfEntriesOpenScrollAndCanBeLeftAtAnyTime) {
-  start("mkdir big && cd big && seq 1 2500 | xargs mkdir && mkdir 2499/sub", {"big"});
-  for (int round = 0; round < 9; ++round) {  // left earlier or later in its scan
-    QMenu* copy = open_cascade(round % 2);
-    copy->setActiveAction(root(copy));
-    QTest::qWait(round * 6);
-    close_menus();
-    if (round % 3 == 0) mgen_work_insert(&outer_);
-  }
-  QMenu* copy = open_cascade(0);
-  QMenu* below = cascade_of(copy, root(copy));
-  EXPECT_TRUE(wait_for([&] { return below->actions().size() == 2500; }));
-  EXPECT_TRUE(known(entry(below, 2499)));
-  EXPECT_TRUE(entry(below, 2498)->cascades());
-  QTest::keyClick(below, Qt::Key_End);
-  EXPECT_EQ(below->activeAction(), below->actions().back());
-  EXPECT_TRUE(below->rect().contains(below->actionGeometry(below->activeAction()).center()));
-}
-
 TEST_F(DirMenus, AMenuOnADeadFileSystemCanBeClosed) {
   make({"m/", "m/dead/", "m/live/"});  // the list does not show the dead one
   HungMount hung(dir_ / "m/dead");

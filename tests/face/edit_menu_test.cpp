@@ -72,18 +72,4 @@ TEST_F(EditMenu, PasteOfFilesOfSeveralDirectoriesIsOneOperationEach) {
   EXPECT_EQ(read_file(dir_ / "x/1") + read_file(dir_ / "y/2"), "x/1y/2");
 }
 
-TEST_F(EditMenu, SelectionCommandsGiveTheListTheFocus) {
-  show({"a", "b", "d/"});
-  const std::pair<void (*)(), const char*> rows[] = {
-      {em_select_all, "a b d"}, {em_unselect_all, ""}, {em_invert_selection, "a b d"}};
-  for (const auto& [command, names] : rows) {
-    base_find_widget("tb_curpath")->setFocus();
-    command();
-    EXPECT_TRUE(fl_view()->hasFocus());
-    EXPECT_EQ(selected(), names);
-    EXPECT_EQ(gDir.sel_dir_count, *names ? 1 : 0);
-    EXPECT_EQ(status(1).substr(0, 16), *names ? "3 selected items" : "");
-  }
-}
-
 }  // namespace

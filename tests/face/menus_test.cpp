@@ -49,11 +49,6 @@ TEST_F(Menus, ItemsFollowTheSelectionAndTheClipboard) {
       {{"a.txt", "d"}, true, no_file, "", "Open, Open In Window, Cut, Copy, Paste, Delete, " + end},
       {{"c.unknown"}, false, "fm_open " + only_dirs, "em_paste ", "Open With, Print, Cut, Copy, " + one},
       {{"b.txt"}, true, only_dirs, "", "Open, Open With, Print, Cut, Copy, Paste, " + one},
-      {{"a.txt", "b.txt"},
-       false,
-       only_dirs,
-       "em_paste ",
-       "Open, Open With, Print, Cut, Copy, Delete, " + end},
       {{"a.txt", "c.unknown"},
        false,
        "fm_open " + only_dirs,
@@ -167,15 +162,6 @@ TEST_F(Menus, KeysWithoutModifiersBelongToTheList) {
   for (const auto& [which, path] : rows) {
     key(which, which == Qt::Key_Left ? Qt::AltModifier : Qt::NoModifier);
     EXPECT_EQ(gDir.path, path);
-  }
-}
-
-TEST_F(Menus, TheViewMenuShowsAndHidesTheHotlist) {
-  open();
-  for (const bool hidden : {true, false}) {
-    menu_item("vm_hotlist")->trigger();
-    EXPECT_EQ(base_find_widget("hotlist_panel")->isHidden(), hidden);
-    EXPECT_EQ(gConfig->hotlist_shown != 0, !hidden);
   }
 }
 

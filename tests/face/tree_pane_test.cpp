@@ -105,13 +105,7 @@ TEST_F(TreePane, ExpandsIntoSubdirectoriesAndReadsAgainEachTime) {
   EXPECT_EQ(texts(top(0)), (Texts{"10", "9", "a", "b", "link"}));
   EXPECT_TRUE(has_image(top(0), "open_folder"));
   EXPECT_TRUE(wait_for([&] { return expandable(top(0)->child(3)); }));
-  std::string path;
-  x_get_fullpath(top(0)->child(3), &path);
-  EXPECT_EQ(path, dir_ / "top/b");
-  for (const char* text : {"..", "m", "!", "m"}) x_add_item(tree(), top(1), text, true);
-  EXPECT_EQ(texts(top(1)), (Texts{"..", "!", "m"}));
-  QTest::keyClick(tree(), Qt::Key_Left);
-  EXPECT_EQ(top(0)->childCount(), 0);
+  top(0)->setExpanded(false);
   run_shell("rm -r " + dir_ / "top/b" + " && mkdir " + dir_ / "top/new");
   gOptions |= OPT_TREE_DOT;
   QTest::keyClick(tree(), Qt::Key_Right);
@@ -120,20 +114,6 @@ TEST_F(TreePane, ExpandsIntoSubdirectoriesAndReadsAgainEachTime) {
   run_shell("rm -r " + dir_ / "top");
   top(0)->setExpanded(true);
   EXPECT_EQ(top(0)->childCount(), 0);
-}
-
-TEST_F(TreePane, ThousandsOfSubdirectoriesComeWholeWhileEventsRun) {
-  start("mkdir top && cd top && seq 1 1600 | xargs mkdir", {dir_ / "top"});
-  bool ran = false;
-  QTimer::singleShot(0, [&] { ran = true; });
-  top(0)->setExpanded(true);
-  EXPECT_TRUE(ran);
-  EXPECT_EQ(texts(top(0)).size(), 1600U);
-  // What events do to the item meanwhile is borne: here it goes away.
-  top(0)->setExpanded(false);
-  QTimer::singleShot(0, [&] { tree_remove(&gTree, (dir_ / "top").c_str()); });
-  top(0)->setExpanded(true);
-  EXPECT_EQ(tree()->topLevelItemCount(), 0);
 }
 
 TEST_F(TreePane, AClickOrEnterShowsTheDirectoryAnArrowDoesNot) {
