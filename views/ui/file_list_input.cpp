@@ -5,7 +5,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStyledItemDelegate>
 
 #include "core/interp.h"
 #include "core/toolkit/header.h"
@@ -13,19 +12,11 @@
 #include "platform/desktop.h"
 #include "views/ui/file_list_hooks.h"
 #include "views/ui/file_list_parts.h"
+#include "views/ui/row_delegate.h"
 
 namespace {
 
 constexpr int kMirroredRanges = 64;  // the widget's own selection model is quadratic in its ranges
-
-class RowDelegate : public QStyledItemDelegate {
- public:
-  using QStyledItemDelegate::QStyledItemDelegate;
-  QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override {
-    const int text = option.fontMetrics.height() + 6;
-    return QSize(option.rect.width(), std::max(text, option.decorationSize.height() + 4));
-  }
-};
 
 bool is_enter(int key) {
   return key == Qt::Key_Return || key == Qt::Key_Enter;
