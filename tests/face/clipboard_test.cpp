@@ -89,21 +89,6 @@ TEST(Clipboard, ReadsInTheOrderOwnGnomeUriList) {
   }
 }
 
-TEST(Clipboard, CutMarksFollowWhatIsCutNow) {
-  clipboard_put({"/d", {"a"}, false}, true);
-  EXPECT_FALSE(file_is_cut("/d", "a")) << "taken over before it was asked for";
-  file_get_cut_files();
-  EXPECT_TRUE(file_is_cut("/d", "a"));
-  EXPECT_FALSE(file_is_cut("/e", "a") || file_is_cut("/d", "b") || file_is_cut("/d", ""));
-  put_foreign({{kMimeMoveFiles, transfer_pack({"/e", {"", "b"}, false})}});
-  file_get_cut_files();
-  EXPECT_TRUE(file_is_cut("/e", "b"));
-  EXPECT_FALSE(file_is_cut("/d", "a"));
-  clipboard_put({"/d", {"a"}, false}, false);
-  file_get_cut_files();
-  EXPECT_FALSE(file_has_cut_files());
-}
-
 // Ours, or the cut of another instance.
 TEST(Clipboard, MovedItemsAreForgottenAndTheLastOneEmptiesIt) {
   for (const bool foreign : {false, true}) {

@@ -3,7 +3,6 @@
 #include "commands/ui/directory_menu.h"
 #include "fileops/ui/dir_menu.h"
 #include "tests/face/window_test.h"
-#include "tests/support/hung_mount.h"
 #include "views/hotlist.h"
 
 namespace {
@@ -150,22 +149,6 @@ TEST_F(DirMenus, OtherTakesATypedDestinationWithoutAQuestion) {
     EXPECT_TRUE(settled());
     EXPECT_EQ(path_exists(dir_ / "typed/f"), row.copied);
   }
-}
-
-TEST_F(DirMenus, AMenuOnADeadFileSystemCanBeClosed) {
-  make({"m/", "m/dead/", "m/live/"});  // the list does not show the dead one
-  HungMount hung(dir_ / "m/dead");
-  if (!hung.mounted()) GTEST_SKIP() << "needs to mount";
-  start("true", {"m/dead", "m/live"});
-  QMenu* copy = open_cascade(0);
-  DirButton* dead = root(copy);
-  copy->setActiveAction(dead);
-  EXPECT_TRUE(wait_for([&] { return dead->menu() && dead->menu()->isVisible(); }));
-  EXPECT_TRUE(known(root(copy, 1)));
-  EXPECT_TRUE(dead->grey());
-  EXPECT_EQ(labels(dead->menu()), Texts{"..."});
-  close_menus();
-  EXPECT_TRUE(wait_for([&] { return outer_.actions()[0]->menu()->actions().size() == 1; }));
 }
 
 // The menu that a directory button drops down.

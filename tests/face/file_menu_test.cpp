@@ -97,10 +97,6 @@ TEST_F(FileMenu, KeysReachTheCommands) {
   gDir.current = index_of("2 b.b");
   key(Qt::Key_Return);  // nothing selected: the focused entry
   EXPECT_EQ(commands(1), Texts{"open b '2 b.b' "});
-  key(Qt::Key_F4);
-  ASSERT_TRUE(dialog("new_dlg"));
-  EXPECT_EQ(dialog("new_dlg")->windowTitle(), QStringLiteral("Create New Folder"));
-  press(Qt::Key_Escape);
 }
 
 TEST_F(FileMenu, OpenWithRunsOnceForEachSelectedFile) {

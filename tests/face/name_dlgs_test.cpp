@@ -16,32 +16,7 @@ class SymlinkDlg : public WindowTest {
   std::string target_of(const std::string& name) { return std::filesystem::read_symlink(dir_ / name); }
 };
 
-TEST_F(NewDlg, EachKindAsksInItsOwnWordsAndCreates) {
-  const struct {
-    int kind;
-    const char *title, *name;
-    bool directory;
-  } rows[] = {
-      {1, "Create New File", "a file", false},
-      {0, "Create New Folder", "a folder", true},
-      {-2, "Create New Folder", "another", true},
-  };
-  for (const auto& row : rows) {
-    show({"zzz"}, {"zzz"});
-    new_dlg_open(row.kind);
-    QDialog* asked = dialog("new_dlg");
-    ASSERT_TRUE(asked);
-    EXPECT_EQ(asked->windowTitle().toStdString(), row.title);
-    type(row.name);
-    press(Qt::Key_Return);
-    EXPECT_FALSE(dialog("new_dlg"));
-    EXPECT_EQ(selected(), row.name);
-    EXPECT_EQ(dir_entry_is_directory(*gDir.entries[gDir.current]), row.directory);
-    EXPECT_EQ(base_window()->focusWidget(), fl_view());
-  }
-}
-
-TEST_F(NewDlg, StaysForAnotherTryAfterAMessageAndEscapeCreatesNothing) {
+TEST_F(NewDlg, StaysForAnotherTryAfterAMessageUntilItHasCreatedWhatWasAsked) {
   show({"taken"});
   new_dlg_open(1);
   ASSERT_TRUE(dialog("new_dlg"));
@@ -58,10 +33,23 @@ TEST_F(NewDlg, StaysForAnotherTryAfterAMessageAndEscapeCreatesNothing) {
   press(Qt::Key_Return);
   ASSERT_TRUE(dialog("new_dlg"));
   EXPECT_EQ(read_file(dir_ / "taken"), "taken");
-  type("2");
-  press(Qt::Key_Escape);
-  EXPECT_FALSE(dialog("new_dlg"));
-  EXPECT_FALSE(path_exists(dir_ / "taken2"));
+  const std::tuple<int, const char*, Qt::Key> rows[] = {{1, "none", Qt::Key_Escape},
+                                                        {1, "made", Qt::Key_Return},
+                                                        {0, "folder", Qt::Key_Return},
+                                                        {-2, "other", Qt::Key_Return}};
+  for (const auto& [kind, name, end] : rows) {
+    new_dlg_open(kind);
+    ASSERT_TRUE(dialog("new_dlg"));
+    press(Qt::Key_A, Qt::ControlModifier);
+    type(name);
+    press(end);
+    EXPECT_FALSE(dialog("new_dlg"));
+    ASSERT_EQ(path_exists(dir_ / name), end == Qt::Key_Return);
+    if (end == Qt::Key_Escape) continue;
+    EXPECT_EQ(selected(), name);
+    EXPECT_EQ(dir_entry_is_directory(*gDir.entries[gDir.current]), kind != 1);
+    EXPECT_EQ(base_window()->focusWidget(), fl_view());
+  }
 }
 
 TEST_F(PatternDlg, SelectsAndUnselectsByWhatWasTyped) {
