@@ -8,7 +8,7 @@ import shutil
 import subprocess
 import sys
 
-from harness import run, wait_for
+from harness import read, run, wait_for
 
 
 def said(*command, **options):
@@ -33,7 +33,8 @@ def installs_what_a_desktop_needs(desk):
     root = staged(desk)
     have = set(files_below(root))
     wanted = ["bin/zan", "bin/zan-op", "bin/zan-launch", "share/applications/zan.desktop", "share/man/man1/zan.1",
-              "share/man/man1/zan-op.1", "share/man/man1/zan-launch.1", "share/doc/zan/copyright", "share/metainfo/zan.metainfo.xml", "share/user-tmpfiles.d/zan.conf",
+              "share/man/man1/zan-op.1", "share/man/man1/zan-launch.1", "share/doc/zan/copyright",
+              "share/metainfo/zan.metainfo.xml", "share/user-tmpfiles.d/zan.conf",
               "share/icons/hicolor/scalable/apps/zan.svg", "share/icons/hicolor/symbolic/apps/zan-symbolic.svg",
               "share/dbus-1/services/org.freedesktop.FileManager1.service"]
     wanted += ["libexec/zan/" + name for name in ("conwin", "kored", "imgshow", "roamer", "mediaplay", "streamplay",
@@ -77,11 +78,9 @@ def starts_below(desk, root):
     assert os.readlink(f"/proc/{app.pid}/exe") == os.path.join(root, "usr/bin/zan")
     app.keys("ctrl+t")
     wait_for(lambda: os.path.exists(noted), "a terminal by the companion")
-    with open(noted, encoding="utf-8") as path:
-        assert os.path.join(root, "usr/libexec/zan") in map(os.path.normpath, path.read().split(":"))
-    app.close()
-    assert app.wait() == 0, app.errors()
-    assert os.path.exists(os.path.join(desk.settings, "config.003")), "a newcomer's settings are not kept"
+    assert os.path.join(root, "usr/libexec/zan") in map(os.path.normpath, read(noted).split(":"))
+    app.end()
+    assert os.path.exists(desk.record), "a newcomer's settings are not kept"
     assert not app.errors(), app.errors()
 
 
@@ -115,8 +114,8 @@ def makes_a_debian_package(desk):
         said("lintian", "--allow-root", "--fail-on", "error", package)
     root = os.path.join(desk.root, "machine")
     dpkg(root, "--install", package)
-    with open(os.path.join(root, "usr/share/dbus-1/services/org.freedesktop.FileManager1.service"), encoding="utf-8") as text:
-        assert [word for word in text.read().split() if "/" in word] == ["Exec=/usr/bin/env"], "bound to one place"
+    service = read(os.path.join(root, "usr/share/dbus-1/services/org.freedesktop.FileManager1.service"))
+    assert [word for word in service.split() if "/" in word] == ["Exec=/usr/bin/env"], "bound to one place"
     starts_below(desk, root)
     dpkg(root, "--purge", "zan")
     left = [path for path in files_below(root) if not path.startswith("var/lib/dpkg/")]
