@@ -143,16 +143,15 @@ class PickOnlyFromList : public QObject {
 
 // A box that is made editable builds its list and a completer at once. This one builds its list when it drops
 // down, and completes in its own way.
-void make_editable(QComboBox* combo) {
-  QCompleter none;
+void make_editable(QComboBox* combo, QCompleter* none) {
   auto* line = new QLineEdit(combo);
-  line->setCompleter(&none);
+  line->setCompleter(none);
   combo->setLineEdit(line);
   line->setCompleter(nullptr);
 }
 
-void setup_combo(QComboBox* combo) {
-  make_editable(combo);
+void setup_combo(QComboBox* combo, QCompleter* none) {
+  make_editable(combo, none);
   combo->setDuplicatesEnabled(true);
   combo->installEventFilter(new PickOnlyFromList(combo));
   // The widget takes a text that is merely left behind for a pick when the list happens to hold it.
@@ -170,8 +169,9 @@ bool has_home() {
 void path_bar_setup(QComboBox* curpath, QComboBox* filespec) {
   sPath = curpath;
   sFilter = filespec;
-  setup_combo(sPath);
-  setup_combo(sFilter);
+  QCompleter none;
+  setup_combo(sPath, &none);
+  setup_combo(sFilter, &none);
   QLineEdit* line = sPath->lineEdit();
   sPath->installEventFilter(new PathKeys(sPath));
   QObject::connect(line, &QLineEdit::returnPressed, line, [] { tb_curpath_cb(sPath->currentText()); });
