@@ -14,9 +14,8 @@ from harness import SKIP, run, wait_for
 def compositor(desk, backend="headless"):
     """A compositor of the test's own, in which each window fills the screen. Only with x11 it has a seat."""
     socket = "wayland-zan"
-    subprocess.Popen(["weston", f"--backend={backend}-backend.so", "--socket=" + socket, "--idle-time=0",
-                      "--shell=kiosk-shell.so", "--width=1200", "--height=760"],
-                     env=desk.env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    desk.helper("weston", f"--backend={backend}-backend.so", "--socket=" + socket, "--idle-time=0",
+                "--shell=kiosk-shell.so", "--width=1200", "--height=760", "--log=/dev/null")
     wait_for(lambda: os.path.exists(os.path.join(desk.root, socket)), "a compositor")
     return socket
 
@@ -42,7 +41,7 @@ def comes_up_and_ends(desk):
     app = started(desk, socket, desk.work)
     app.signal(signal.SIGTERM)
     assert app.wait() == 0, app.errors()[-2000:]
-    assert os.path.exists(os.path.join(desk.settings, "config.003"))
+    assert os.path.exists(desk.record)
 
 
 def pastes_between_windows_and_programs_and_drags(desk):
@@ -50,12 +49,10 @@ def pastes_between_windows_and_programs_and_drags(desk):
         print("     left out: no wl-clipboard")
         return
     desk.make("from/a b%.txt", "x")
-    for folder in ("to/", "third/", "third/inner/"):
-        desk.make(folder)
-    source, to, third = (os.path.join(desk.work, name) for name in ("from", "to", "third"))
+    source, to, third = (desk.make(name) for name in ("from/", "to/", "third/"))
+    desk.make("third/inner/")
     socket = compositor(desk, "x11")
-    wait_for(lambda: "Weston" in subprocess.run(["wmctrl", "-l"], env=desk.env, stdout=subprocess.PIPE, text=True,
-                                                check=False).stdout, "the compositor's window")
+    wait_for(lambda: any("Weston" in title for _, _, title in desk.windows()), "the compositor's window")
     env = dict(desk.env, WAYLAND_DISPLAY=socket)
     uris = "file://" + source + "/a%20b%25.txt"
 
@@ -73,7 +70,7 @@ def pastes_between_windows_and_programs_and_drags(desk):
             return done()
         wait_for(pressed, what)
 
-    subprocess.run(["wmctrl", "-a", "Weston"], env=env, check=True)
+    desk.said("wmctrl", "-a", "Weston")
     for at in ("5", "700"):  # coming in tells the compositor where the pointer is
         desk.xdotool("mousemove", at, at)
         time.sleep(0.3)
@@ -100,8 +97,7 @@ def pastes_between_windows_and_programs_and_drags(desk):
     wait_for(dragged, "a drop onto a directory's row")
 
 
-if __name__ == "__main__":
-    if not shutil.which("weston"):
-        print("skipped: no weston")
-        sys.exit(SKIP)
-    sys.exit(run([comes_up_and_ends, pastes_between_windows_and_programs_and_drags]))
+if not shutil.which("weston"):
+    print("skipped: no weston")
+    sys.exit(SKIP)
+sys.exit(run([comes_up_and_ends, pastes_between_windows_and_programs_and_drags]))
