@@ -38,7 +38,8 @@ class NewDialog : public BusyDialog {
     busy_ = true;
     const NewItemResult result =
         new_item_create(gNew_op, gDir.path, ui_.new_name->text().toUtf8().toStdString());
-    if (alive && given_up_) return QDialog::reject();
+    if (!alive) return;
+    if (given_up_) return given_up();
     if (!result.message.empty()) wreport(this, "Error", "%s", result.message.c_str());
     if (!alive) return;
     if (!result.name.empty()) {

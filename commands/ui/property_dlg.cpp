@@ -12,9 +12,7 @@
 #include "core/toolkit/dialogs.h"
 #include "core/toolkit/icons.h"
 #include "core/toolkit/message.h"
-#include "dirmodel/dir_read.h"
 #include "dirmodel/dir_record.h"
-#include "dirmodel/fs_probe.h"
 #include "platform/desktop.h"
 #include "platform/detached.h"
 #include "ui_property_dlg.h"
@@ -66,7 +64,7 @@ const char* image_name(const DirEntry& entry) {
   return link ? "linked_file" : "file";
 }
 
-class PropertyDialog : public QDialog {
+class PropertyDialog : public BusyDialog {
  public:
   explicit PropertyDialog(PropertyRecord record);
   int serial() const { return serial_; }
@@ -74,12 +72,6 @@ class PropertyDialog : public QDialog {
   void ask_filetype() const;
 
   void accept() override;
-  void reject() override {
-    if (!busy_) return QDialog::reject();
-    stop_ = true;  // while the changes are made, Escape leaves out those that are still to come
-    fs_give_up();
-    dir_read_cancel();
-  }
   void done(int result) override {
     QDialog::done(result);
     wblock(base_window(), 0);
@@ -101,12 +93,12 @@ class PropertyDialog : public QDialog {
   const int serial_ = ++sSerial;
   Ui::property_dlg ui_;
   PropertyRecord record_;
-  bool busy_ = false, stop_ = false;
 };
 
 int PropertyDialog::sSerial = 0;
 
-PropertyDialog::PropertyDialog(PropertyRecord record) : QDialog(base_window()), record_(std::move(record)) {
+PropertyDialog::PropertyDialog(PropertyRecord record)
+    : BusyDialog(base_window()), record_(std::move(record)) {
   ui_.setupUi(this);
   ui_.pr_name->setText(utf8(record_.name));
   ui_.pr_comment->setText(utf8(record_.comment));
@@ -204,9 +196,10 @@ std::string PropertyDialog::apply_all() {
   PropertyRecord record = record_;
   QElapsedTimer since_events;
   since_events.start();
-  for (size_t i = 0; i < record.entries.size() && alive && !stop_; i++) {
+  // Escape leaves out the changes that are still to come.
+  for (size_t i = 0; i < record.entries.size() && alive && !given_up_; i++) {
     const std::string message = prop_apply(&record, i, wanted);
-    if (!message.empty() && !(alive && stop_)) wreport(alive, "Error", "%s", message.c_str());
+    if (!message.empty() && !(alive && given_up_)) wreport(alive, "Error", "%s", message.c_str());
     if (since_events.elapsed() < EVENTS_EVERY_MS) continue;
     desk_pending_events();
     since_events.start();
@@ -221,9 +214,8 @@ void PropertyDialog::accept() {
   const QPointer<PropertyDialog> alive(this);
   const std::string name = apply_all();
   if (!alive) return;
-  if (stop_) {  // the dialog first: reading may hang, too
-    busy_ = false;
-    QDialog::reject();
+  if (given_up_) {  // the dialog first: reading may hang, too
+    given_up();
     fl_refresh();
     return;
   }

@@ -36,8 +36,8 @@ class SymlinkDialog : public BusyDialog {
     busy_ = true;
     const SymlinkStep last = run_steps();
     if (!alive) return;
+    if (given_up_) return given_up();
     busy_ = false;
-    if (given_up_) return QDialog::reject();
     if (last != SymlinkStep::DONE) return ui_.symlink_dst_txt->setFocus();
     accept();
     fl_refresh();

@@ -50,6 +50,12 @@ class BusyDialog : public QDialog {
   }
 
  protected:
+  // Leaves, now that the call that was given up has come back.
+  void given_up() {
+    busy_ = false;
+    reject();
+  }
+
   bool busy_ = false, given_up_ = false;
 };
 
