@@ -2,54 +2,10 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <QXmlStreamReader>
 #include <cmath>
-#include <utility>
-#include <vector>
 
 namespace {
-
-// What stands between < and >: of a closing tag only that it closes.
-struct Tag {
-  QStringView name;
-  std::vector<std::pair<QStringView, QStringView>> attributes;
-  bool opens = false, closes = false;  // both: an element without content
-
-  QStringView value(QLatin1String key) const {
-    for (const auto& [name_here, value_here] : attributes)
-      if (name_here == key) return value_here;
-    return {};
-  }
-};
-
-QStringView take_name(QStringView* text) {
-  qsizetype end = 0;
-  while (end < text->size() && ((*text)[end].isLetterOrNumber() || (*text)[end] == QLatin1Char('-'))) ++end;
-  const QStringView name = text->left(end);
-  *text = text->mid(end).trimmed();
-  return name;
-}
-
-// Takes the next tag from *text. The toolkit's reader of XML took a third of what the drawings take.
-bool take_tag(QStringView* text, Tag* tag) {
-  const qsizetype from = text->indexOf(QLatin1Char('<')), to = text->indexOf(QLatin1Char('>'));
-  if (from < 0 || to < from) return false;
-  QStringView inside = text->mid(from + 1, to - from - 1);
-  *text = text->mid(to + 1);
-  *tag = {};
-  if (inside.startsWith(QLatin1Char('/'))) return tag->closes = true;
-  tag->opens = true;
-  tag->closes = inside.endsWith(QLatin1Char('/'));
-  if (tag->closes) inside.chop(1);
-  tag->name = take_name(&inside);
-  while (!inside.isEmpty()) {
-    const QStringView name = take_name(&inside);
-    const qsizetype end = inside.indexOf(QLatin1Char('"'), 2);
-    if (name.isEmpty() || !inside.startsWith(QLatin1String("=\"")) || end < 0) return false;
-    tag->attributes.emplace_back(name, inside.mid(2, end - 2));
-    inside = inside.mid(end + 1).trimmed();
-  }
-  return true;
-}
 
 // A number as our drawings write it, without an exponent, from *at on, which is moved behind it. The
 // toolkit's reader knows every locale's form and takes ten times as long; a window paints with hundreds of
@@ -89,8 +45,9 @@ QColor color_of(QStringView text) {
   return text == QLatin1String("none") ? QColor(Qt::transparent) : QColor(text);
 }
 
-void read_style(const Tag& tag, Style* style) {
-  for (const auto& [name, value] : tag.attributes) {
+void read_style(const QXmlStreamAttributes& attributes, Style* style) {
+  for (const QXmlStreamAttribute& attribute : attributes) {
+    const QStringView name = attribute.name(), value = attribute.value();
     if (name == QLatin1String("fill")) style->fill = color_of(value);
     if (name == QLatin1String("stroke")) style->stroke = color_of(value);
     if (name == QLatin1String("stroke-width")) style->width = plain_number(value);
@@ -198,14 +155,14 @@ class PathReader {
   bool failed_ = false;
 };
 
-bool shape_of(const Tag& tag, QPainterPath* path) {
-  const auto number = [&](const char* key) { return plain_number(tag.value(QLatin1String(key))); };
-  if (tag.name == QLatin1String("path")) return PathReader(tag.value(QLatin1String("d"))).read(path);
-  if (tag.name == QLatin1String("circle")) {
+bool shape_of(const QStringView name, const QXmlStreamAttributes& attributes, QPainterPath* path) {
+  const auto number = [&](const char* key) { return plain_number(attributes.value(QLatin1String(key))); };
+  if (name == QLatin1String("path")) return PathReader(attributes.value(QLatin1String("d"))).read(path);
+  if (name == QLatin1String("circle")) {
     path->addEllipse(QPointF(number("cx"), number("cy")), number("r"), number("r"));
     return true;
   }
-  if (tag.name != QLatin1String("rect")) return false;
+  if (name != QLatin1String("rect")) return false;
   path->addRoundedRect(number("x"), number("y"), number("width"), number("height"), number("rx"),
                        number("rx"));
   return true;
@@ -218,8 +175,8 @@ void paint_shape(const QPainterPath& path, const Style& style, QPainter* painter
     painter->strokePath(path, QPen(style.stroke, style.width, Qt::SolidLine, style.cap, style.join));
 }
 
-bool scale_to(const Tag& tag, const QSize& size, QPainter* painter) {
-  const QList<QStringView> box = tag.value(QLatin1String("viewBox")).split(QLatin1Char(' '));
+bool scale_to(const QXmlStreamAttributes& attributes, const QSize& size, QPainter* painter) {
+  const QList<QStringView> box = attributes.value(QLatin1String("viewBox")).split(QLatin1Char(' '));
   if (box.size() != 4) return false;
   const double width = plain_number(box[2]), height = plain_number(box[3]);
   if (width <= 0 || height <= 0) return false;
@@ -230,30 +187,26 @@ bool scale_to(const Tag& tag, const QSize& size, QPainter* painter) {
 }  // namespace
 
 bool drawing_paint(const QByteArray& source, QPainter* painter, const QSize& size) {
-  const QString text = QString::fromLatin1(source);
-  QStringView rest = QStringView(text).trimmed();
+  QXmlStreamReader reader(source);
   QList<Style> styles{Style()};
   painter->save();
   painter->setRenderHint(QPainter::Antialiasing);
   bool known = true;
-  for (Tag tag; known && !rest.isEmpty();) {
-    known = take_tag(&rest, &tag);
-    if (known && tag.opens) {
-      styles.append(styles.last());
-      read_style(tag, &styles.last());
-      if (tag.name == QLatin1String("svg")) {
-        known = scale_to(tag, size, painter);
-      } else if (tag.name != QLatin1String("g")) {
-        QPainterPath path;
-        known = shape_of(tag, &path);
-        if (known) paint_shape(path, styles.last(), painter);
-      }
-    }
-    if (known && tag.closes) {
-      styles.removeLast();
-      known = !styles.isEmpty();
+  while (known && !reader.atEnd()) {
+    const QXmlStreamReader::TokenType token = reader.readNext();
+    if (token == QXmlStreamReader::EndElement) styles.removeLast();
+    if (token != QXmlStreamReader::StartElement) continue;
+    const QXmlStreamAttributes attributes = reader.attributes();
+    styles.append(styles.last());
+    read_style(attributes, &styles.last());
+    if (reader.name() == QLatin1String("svg")) {
+      known = scale_to(attributes, size, painter);
+    } else if (reader.name() != QLatin1String("g")) {
+      QPainterPath path;
+      known = shape_of(reader.name(), attributes, &path);
+      if (known) paint_shape(path, styles.last(), painter);
     }
   }
   painter->restore();
-  return known && styles.size() == 1;
+  return known && !reader.hasError();
 }
