@@ -108,7 +108,7 @@ TEST(Command, RunsOnMoreNamesThanAnArgumentHolds) {
   Call names;
   for (int i = 0; i < 1500; ++i)
     names.push_back(std::to_string(10000 + i) + " $(x);\n" + std::string(150, 'n'));
-  for (const std::string& name : names) dir.add(name, false);
+  for (const std::string& name : names) dir.add(name);
   dir.select(names);
   dir.make_current(names[0]);
   names.insert(names.begin(), "got");
@@ -127,7 +127,7 @@ TEST(Command, FileCommandTakesTheSelectionOrRefuses) {
   ShownDir dir;
   StandIns programs;
   programs.add("terminal");
-  for (const char* name : {"b", "a", "sub/"}) dir.add(name, false);
+  for (const char* name : {"b", "a", "sub/"}) dir.add(name);
   const struct {
     const char* name;
     std::vector<std::string> selected;

@@ -48,7 +48,7 @@ TEST_F(Companions, AFailedCommandCanBeReadBeforeItsWindowGoes) {
 TEST_F(Companions, TheEditorIsTheUsersOwn) {
   programs.add_running_terminal();
   for (const char* editor : {"vim", "nano", "less", "gedit"}) programs.add(editor);
-  for (const char* name : {"a.txt", "it's", "both's", "both\\047s"}) dir.add(name, false);
+  for (const char* name : {"a.txt", "it's", "both's", "both\\047s"}) dir.add(name);
   const struct {
     const char *visual, *editor;
     std::vector<std::string> arguments;
@@ -60,7 +60,6 @@ TEST_F(Companions, TheEditorIsTheUsersOwn) {
       {"", "gedit", {"-r", "a.txt"}, {"less", "a.txt"}},
       {"kored", "no-such-editor", {"a.txt"}, {"gedit", "a.txt"}},
       {"vim", "", {"-rf", "+!touch canary"}, {"vim", "./-rf", "./+!touch canary"}},
-      // A quote in a name comes in another spelling.
       {"vim", "", {"it\\047s"}, {"vim", "it's"}},
       {"vim", "", {"both\\047s"}, {"vim", "both\\047s"}},
   };
@@ -80,7 +79,7 @@ TEST_F(Companions, TheEditorIsTheUsersOwn) {
 TEST_F(Companions, PagesGoToTheBrowser) {
   programs.add("xdg-open");
   programs.add("browser");
-  dir.add("two  words/", false);
+  dir.add("two  words/");
   const std::string here = dir / "two  words", encoded = "file://" + dir / "two%20%20words/";
   write_file(here + "/a #1%.html", "");
   write_file(here + "/it's", "");

@@ -1,23 +1,14 @@
 #include "dirmodel/dir_sort.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <random>
 
 #include "core/state.h"
+#include "tests/support/shown_dir.h"
 
 namespace {
 struct SortRecord : DirRecord {
   ~SortRecord() { dir_free(this); }
-  DirEntry* add(const std::string& name, int64_t size = 0, mode_t mode = S_IFREG | 0644) {
-    DirEntry* entry = dir_take_entry(this);
-    std::strcpy(entry->name, name.c_str());
-    entry->st.st_size = size;
-    entry->st.st_mode = mode;
-    dir_store_entry(this, entry);
-    return entry;
-  }
   std::string order(dir_compare compare, int ascending) {
     dir_sort(this, compare, ascending);
     std::string all;
@@ -47,7 +38,7 @@ TEST(DirSort, FoldersFirstInBothDirections) {
     SortRecord record;
     gConfig->cdirs = folders_first;
     for (const char* name : {"b", "D", "a", "10", "9", "c"})
-      record.add(name, 0, *name == 'D' || *name == 'c' ? S_IFDIR : S_IFREG);
+      record_add(&record, name, 0, *name == 'D' || *name == 'c' ? S_IFDIR : S_IFREG);
     EXPECT_EQ(record.order(dir_cmp_name, 1), folders_first ? "D c 9 10 a b " : "9 10 D a b c ");
     record.current = 2;
     const DirEntry* current = record.entries[2];
@@ -63,7 +54,7 @@ TEST(DirSort, SizesComeOutInOrderInBothDirections) {
     SortRecord record;
     for (int i = 0; i < 6000; ++i) {  // some all-digit names, whose order is another
       const std::string number = std::to_string(random() % 1000000);
-      record.add(i % 10 == 0 ? number : "n" + number + "." + std::to_string(i),
+      record_add(&record, i % 10 == 0 ? number : "n" + number + "." + std::to_string(i),
                  static_cast<int64_t>(random() % spread));
     }
     for (const int ascending : {1, 0, 1}) {
@@ -92,7 +83,7 @@ TEST(DirSort, ColumnsSortBothWaysAndTiesByName) {
                  {"d", "m", 0, 0, S_IFREG | 0644},
                  {"a", "", 7, 4000000000, S_IFREG | 0600}};
   for (const auto& entry : entries) {
-    DirEntry* added = record.add(entry.name, 0, entry.mode);
+    DirEntry* added = record_add(&record, entry.name, 0, entry.mode);
     added->st.st_mtime = entry.time;
     added->st.st_uid = added->st.st_gid = entry.id;
     if (!*entry.link) continue;

@@ -4,18 +4,6 @@
 #include "fileops/fop.h"
 #include "fileops/fop_progress.h"
 
-TEST(FopParts, LinesAreShortenedAtADirectory) {
-  const std::string part = "/twenty_characters_00", path = part + part + part + part;
-  const std::pair<std::string, std::string> rows[] = {
-      {"From: " + path, "From: /*" + part + part},
-      {"From: /" + std::string(90, 'x'), "From: /" + std::string(90, 'x')},  // no later '/'
-      {"a/" + path, "a//*" + part + part}};  // without ':' from the third character on
-  for (const auto& [line, shortened] : rows) {
-    std::string buffer = line + std::string(3, '\0');
-    EXPECT_STREQ(fop_shorten_line(buffer.data()), shortened.c_str());
-  }
-}
-
 TEST(FopParts, TimeLeftFollowsTheRateAndReadsAsText) {
   fop_request request;
   EXPECT_EQ(fop_calc_time_left(&request, 0, 100), -1);

@@ -24,7 +24,6 @@ TEST_F(FopThreads, ControlsMayChangeAtAnyMoment) {
   }
 }
 
-// The end of the interface answers an open question, and leaves nothing half-written.
 TEST_F(FopThreads, TheEndAnswersWithEscape) {
   dir.shell("echo new >from/f && echo old >to/f");
   bool ended = false;

@@ -12,7 +12,7 @@ struct Interp : testing::Test {
   int current = -2;
   std::string opened, echo;
   Interp() {
-    for (const char* name : {"rebuild", "readme", "z.c", "Rest", "a b"}) dir.add(name, false);
+    for (const char* name : {"rebuild", "readme", "z.c", "Rest", "a b"}) dir.add(name);
     interp_clear();
     interp_attach({[this](const char* text, unsigned flags) { current = x_find(text, 0, flags); },
                    [this] { opened += name_of(current) + ";"; }});

@@ -63,7 +63,6 @@ TEST_F(Keybind, TheFileHoldsSectionsAndActionsNewestFirst) {
 TEST_F(Keybind, LinesThatDoNotParseArePassedOver) {
   const std::pair<std::string, const char*> rows[] = {
       {"[s]\n'a' 0 7\n", "7"},
-      {"[]\n'a' 0 7\n", ""},
       {"[s]\na 0 7\n 'a' 0 8\n#\n'a' 0 9\n", "9"},
       {"[s]\n'a' 0\n'a'\n'\n''\n'a' x 7\n'a' 0 x\n", ""},
       {"[s]\n'a' 0 4294967296\n'a' -1 7\n", ""},

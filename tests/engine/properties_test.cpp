@@ -1,31 +1,22 @@
 #include "commands/properties.h"
 
 #include <atomic>
-#include <deque>
 #include <thread>
 
-#include "dirmodel/dir_record.h"
-#include "tests/support/temp_dir.h"
+#include "tests/support/shown_dir.h"
 
 namespace {
 // gDir with entries that are all selected, without reading a directory.
 class Properties : public testing::Test {
  protected:
   Properties() { gDir.path = dir_.path(); }
-  ~Properties() override { gDir = DirRecord(); }
+  ~Properties() override { dir_free(&gDir); }
 
   // Lists an entry as it stands, or one of which only the record exists.
   DirEntry* list(const std::string& name, mode_t mode = 0, int64_t size = 0) {
-    DirEntry* entry = &owned_.emplace_back();
-    snprintf(entry->name, sizeof entry->name, "%s", name.c_str());
+    DirEntry* entry = record_add(&gDir, name, size, mode);
+    (void)!stat64((dir_ / name).c_str(), &entry->st);
     entry->flags = ENTRY_SELECTED;
-    if (stat64((dir_ / name).c_str(), &entry->st) != 0) {
-      entry->st.st_mode = mode;
-      entry->st.st_size = size;
-    }
-    pointers_.push_back(entry);
-    gDir.entries = pointers_.data();
-    gDir.count = static_cast<int32_t>(pointers_.size());
     return entry;
   }
   DirEntry* make(const std::string& name, mode_t mode, const std::string& text = "") {
@@ -39,7 +30,7 @@ class Properties : public testing::Test {
   }
   // Lists one file of that mode alone and applies the change to it; the message.
   std::string change(mode_t mode, const PropertyChange& change) {
-    pointers_.clear();
+    dir_recycle_all(&gDir);
     unlink((dir_ / "f").c_str());
     make("f", mode);
     PropertyRecord record = gather();
@@ -47,8 +38,6 @@ class Properties : public testing::Test {
   }
 
   TempDir dir_;
-  std::deque<DirEntry> owned_;
-  std::vector<DirEntry*> pointers_;
 };
 }  // namespace
 
@@ -148,11 +137,10 @@ TEST_F(Properties, OwnerAndGroupTexts) {
   EXPECT_EQ(mode_of(dir_ / "f"), 06755u) << "a change of the owner drops bits";
 }
 
-// The list is read anew while the dialog is open, and another entry stands at the old index.
 TEST_F(Properties, AppliesToTheEntryShownNotToItsIndex) {
   make("b", 0644);
   PropertyRecord record = gather();
-  pointers_.clear();
+  dir_recycle_all(&gDir);
   make("a", 0644);
   const DirEntry* shown = list("b");
   EXPECT_EQ(prop_apply(&record, 0, {"c", "", "", 0600}), "");

@@ -40,7 +40,6 @@ int threads_now() {
   mount = std::make_unique<SlowMount>(mode, hang); \
   if (!mount->mounted()) GTEST_SKIP() << "no FUSE file system can be mounted here"
 
-// Two calls are waited for and no more; a directory that is locked meanwhile still shows its names.
 TEST_F(SlowRead, EntriesThatHangAreShownAsTimedOut) {
   for (const std::string mode : {"status", "interruptible", "lookup"}) {
     MOUNT_OR_SKIP(mode, kForever);

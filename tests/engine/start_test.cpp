@@ -33,7 +33,6 @@ TEST(Start, FindsTheStartDirectory) {
   EXPECT_EQ(start_directory({}), here);
   EXPECT_EQ(start_directory({"-x", "10", "/tmp"}), here);  // the scan knows nothing of values
   EXPECT_EQ(start_directory({"-x10", "-S", "--help", "docs"}), here + "/docs");
-  EXPECT_EQ(start_directory({"docs/", "/tmp"}), here + "/docs");
   for (const std::string& no_directory : Texts{"-odd", "file", "missing", "", std::string(5000, 'a')})
     EXPECT_EQ(start_directory({no_directory}), here) << no_directory;
 

@@ -91,7 +91,6 @@ TEST(Transfer, MalformedListsAreRefusedAndLeaveTheOldOne) {
     return transfer_pack({dir, {std::move(name)}, false});
   };
   const std::pair<const char*, std::string> rows[] = {
-      {"another magic", with(0, 'z')},
       {"a later version", with(4, 2)},
       {"an unknown flag", with(8, 2)},
       {"one name too many", with(12, 6)},

@@ -1,24 +1,9 @@
-// The views' halves that need no window: stacks, paths, completion, rows, status line, find.
-#include <cstring>
-
 #include "dirmodel/dir_read.h"
 #include "dirmodel/text.h"
 #include "platform/terminal/terminal.h"
-#include "tests/support/temp_dir.h"
+#include "tests/support/shown_dir.h"
 #include "views/path_complete.h"
-#include "views/row_text.h"
 #include "views/status_line.h"
-
-namespace {
-DirEntry* add_entry(DirRecord* dir, const std::string& name, int64_t size = 0, mode_t mode = S_IFREG | 0644) {
-  DirEntry* entry = dir_take_entry(dir);
-  std::strcpy(entry->name, name.c_str());
-  entry->st.st_size = size;
-  entry->st.st_mode = mode;
-  dir_store_entry(dir, entry);
-  return entry;
-}
-}  // namespace
 
 TEST(PathComplete, FindsTheLongestCommonBeginning) {
   terminal_start();
@@ -38,24 +23,10 @@ TEST(PathComplete, FindsTheLongestCommonBeginning) {
   EXPECT_STREQ(find_matching_dir("/pro"), "/proc/");
 }
 
-TEST(RowText, GivesTheColumnsTabSeparated) {
-  setenv("TZ", "UTC", 1);
-  tzset();
-  DirRecord dir;
-  DirEntry* plain = add_entry(&dir, "a\xff", 1234567, S_IFREG | 04751);
-  plain->st.st_mtime = 86400;
-  plain->st.st_uid = 0, plain->st.st_gid = 4123456789u;
-  plain->flags = ENTRY_INFO;
-  dir_set_info(plain, "to/target");
-  EXPECT_EQ(fl_row_text(*plain),
-            "?a?\t1,234,567\t 01/02/1970 12:00 AM\troot\t4123456789\trws r-x --x\tto/target");
-  dir_free(&dir);
-}
-
 TEST(StatusLine, CountsAndSums) {
   DirRecord dir;
   EXPECT_EQ(status_directory_text(dir), "0 item, 0 bytes");
-  for (const int64_t size : {int64_t{1024}, int64_t{3} << 30, int64_t{500}}) add_entry(&dir, "x", size);
+  for (const int64_t size : {int64_t{1024}, int64_t{3} << 30, int64_t{500}}) record_add(&dir, "x", size);
   EXPECT_EQ(status_directory_text(dir), "3 items, 3072.0MB");
   EXPECT_EQ(status_selection_text(dir), "");
   for (const int i : {0, 2}) dir.entries[i]->flags |= ENTRY_SELECTED;

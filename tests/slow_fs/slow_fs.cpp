@@ -122,7 +122,7 @@ int main(int argc, char** argv) {
   operations.mkdir = slow_mkdir;
   operations.rename = slow_rename;
   operations.init = slow_init;
-  // By hand: the short way takes a thread count from nowhere in some versions of the library.
+  // The short way takes a thread count from nowhere in some versions of the library.
   fuse_args arguments = FUSE_ARGS_INIT(1, argv);
   struct fuse* fuse = fuse_new(&arguments, &operations, sizeof operations, nullptr);
   if (!fuse || fuse_mount(fuse, argv[4]) != 0) return 1;

@@ -33,7 +33,3 @@ SlowMount::~SlowMount() {
   waitpid(pid_, nullptr, 0);
   if (umount2(path_.c_str(), MNT_DETACH) != 0) run_shell("fusermount3 -uz '" + path_ + "'");
 }
-
-int SlowMount::hung() const {
-  return static_cast<int>(read_file(dir_ / "log").size());
-}

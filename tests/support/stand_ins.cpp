@@ -42,7 +42,7 @@ StandIns::~StandIns() {
 }
 
 void StandIns::add(const std::string& name, const std::string& then) {
-  // Written whole under another name first: a call is either not there or complete.
+  // A call is either not there or complete.
   const std::string log = dir_ / "log";
   write_file(dir_ / ("bin/" + name),
              "#!/bin/sh\n"
@@ -51,10 +51,6 @@ void StandIns::add(const std::string& name, const std::string& then) {
                  name + "' \"$@\"; } > '" + log + "'/.$at && mv '" + log + "'/.$at '" + log + "'/$at\n" +
                  then + "\n",
              0755);
-}
-
-void StandIns::add_running_terminal() {
-  add("terminal", "[ $# -gt 0 ] || exit 0; shift; exec \"$@\"");
 }
 
 void StandIns::hide_other_programs() {
@@ -80,10 +76,6 @@ std::vector<StandIns::Call> StandIns::read_calls() const {
   return calls;
 }
 
-std::vector<StandIns::Call> StandIns::calls(size_t count) {
-  return calls_of("", count);
-}
-
 std::vector<StandIns::Call> StandIns::calls_of(const std::string& name, size_t count) {
   for (int i = 0; i < 6000; ++i, usleep(10000)) {
     std::vector<Call> calls = read_calls();
@@ -92,8 +84,4 @@ std::vector<StandIns::Call> StandIns::calls_of(const std::string& name, size_t c
   }
   ADD_FAILURE() << name << " was never called";
   return {count, Call(8)};
-}
-
-void StandIns::clear() {
-  for (const auto& file : std::filesystem::directory_iterator(dir_ / "log")) std::filesystem::remove(file);
 }

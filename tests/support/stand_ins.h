@@ -24,15 +24,14 @@ class StandIns {
   // A program that records its call and ends with that status, or goes on with a line of shell.
   void add(const std::string& name, const std::string& then = "exit 0");
   // A terminal that runs "-e PROGRAM ARGUMENT..." (or a shell that ends at once) without a window.
-  void add_running_terminal();
+  void add_running_terminal() { add("terminal", "[ $# -gt 0 ] || exit 0; shift; exec \"$@\""); }
   // From now on nothing else is found but the companions and what the stand-ins themselves need.
   void hide_other_programs();
   // The calls, in the order they came, once there are at least so many.
-  std::vector<Call> calls(size_t count);
+  std::vector<Call> calls(size_t count) { return calls_of("", count); }
   // Of the program of that name.
   std::vector<Call> calls_of(const std::string& name, size_t count);
-  // Forgets the calls so far.
-  void clear();
+  void clear() { dir_.shell("/bin/rm -f log/*"); }  // forgets the calls so far
 
  private:
   std::vector<Call> read_calls() const;
