@@ -28,6 +28,7 @@ TEST(NewItem, RefusesWithItsMessage) {
       {1, "", "", ""},
       {0, std::string(255, 'n'), "Name too long!", ""},
       {1, "file", "File or directory 'file" + exists, ""},
+      {1, "dangling", "File or directory 'dangling" + exists, ""},
       {0, "dangling", "File or directory 'dangling" + exists, ""},
       {1, "missing/x", "Unable to create file 'missing/x'\n", "missing/x"},
       {0, "missing/x", "Unable to create directory 'missing/x'", ""},
