@@ -56,9 +56,15 @@ std::string parent_path(std::string path) {
   return slash == std::string::npos || slash == 0 ? "/" : path.substr(0, slash);
 }
 
-std::string last_component(std::string path) {
-  while (path.size() > 1 && path.back() == '/') path.pop_back();
-  return path.substr(path.rfind('/') + 1);
+// After going from a directory to one above it, the row one came through is current.
+void show_way_down_to(const std::string& left) {
+  const std::string above = gDir.path == "/" ? gDir.path : gDir.path + '/';
+  if (left.compare(0, above.size(), above) != 0) return;
+  const std::string row = left.substr(above.size(), left.find('/', above.size()) - above.size());
+  const int found = find_name(row.c_str());  // the search would take "[a]" for a pattern
+  if (found < 0) return;
+  fl_goto_index(found);
+  fl_select_index(found);
 }
 
 }  // namespace
@@ -105,10 +111,8 @@ int fl_newpath(const char* path) {
 void fl_up() {
   if (put_off([] { fl_up(); })) return;
   if (gDir.path == "/" || gDir.path.empty()) return;
-  const std::string left = last_component(gDir.path);
-  if (fl_newpath(parent_path(gDir.path).c_str()) != 0) return;
-  fl_goto_index(find_name(left.c_str()));  // the search would take "[a]" for a pattern
-  fl_select_index(gDir.current);
+  const std::string left = gDir.path;
+  if (fl_newpath(parent_path(left).c_str()) == 0) show_way_down_to(left);
 }
 
 void fl_down() {
@@ -120,18 +124,20 @@ void fl_down() {
 void fl_back() {
   if (put_off([] { fl_back(); })) return;
   if (backward_history.paths.empty()) return;
-  x_history_push(&forward_history, gDir.path);
+  const std::string left = gDir.path;
+  x_history_push(&forward_history, left);
   std::string path;
   x_history_pop(&backward_history, &path);
-  fl_setpath(path.c_str());
+  if (fl_setpath(path.c_str()) == 0) show_way_down_to(left);
   tb_update();
 }
 
 void fl_forward() {
   if (put_off([] { fl_forward(); })) return;
-  x_history_push(&backward_history, gDir.path);
+  const std::string left = gDir.path;
+  x_history_push(&backward_history, left);
   std::string path;
-  if (x_history_pop(&forward_history, &path)) fl_setpath(path.c_str());
+  if (x_history_pop(&forward_history, &path) && fl_setpath(path.c_str()) == 0) show_way_down_to(left);
   tb_update();
 }
 
