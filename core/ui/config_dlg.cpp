@@ -181,7 +181,11 @@ int ConfigDialog::config_apply() {
   gConfig->flags = flags;
   gConfig->type_ahead_ms = time_out_value(ui_.cto->text());
   apply_font(gConfig->tree_font, ui_.ctree_font, "tree");
+  // The columns go with the font: what they showed of their texts before, they show after it.
+  Settings widths = *gConfig;
+  base_get_divider_metrics(&widths);
   apply_font(gConfig->list_font, ui_.clist_font, "filelist");
+  base_set_divider_metrics(&widths);
   apply_encoding();
   fl_refresh();
   return 0;

@@ -154,7 +154,9 @@ TEST_F(ConfigDlg, FontsAreChosenAndAppliedOnDone) {
     ASSERT_TRUE(wait_for([&] { return !chooser && dialog("config_dlg"); }));
   }
   EXPECT_STREQ(gConfig->list_font, "TextFont08") << "stored before Done";
+  const int width = fl_get_column_width(3);
   press(Qt::Key_Return);
+  EXPECT_EQ(fl_get_column_width(3), width) << "in characters of the new font";
   EXPECT_EQ(fl_view()->font().pointSize(), 15);
   EXPECT_EQ(font_from_name(QString::fromUtf8(gConfig->list_font)).pointSize(), 15);
   EXPECT_STREQ(gConfig->tree_font, "TextFont08") << "the same font again";
