@@ -61,7 +61,7 @@ const HelpTopic kHelpTopics[] = {
      "lists the "
      "same paths. <b>Alt+Shift+Left</b> and <b>Right</b> move the divider between the panes, <b>Tab</b> goes "
      "from "
-     "one to the next.</p>"},
+     "one to the next, <b>Shift+F10</b> or the menu key opens the context menu.</p>"},
 };
 
 QString help_topic_html(const HelpTopic& topic) {

@@ -211,8 +211,15 @@ TEST_F(FileList, TypingFindsNames) {
   gConfig->type_ahead_ms = 1;  // a pause forgets what was typed
   typed("r");
   EXPECT_TRUE(wait_for([] { return status(1) != "/r"; }));
+  gConfig->type_ahead_ms = 60000;
   typed("b");
   EXPECT_EQ(current_name(), "beta");
+  static int menus = 0;
+  gFileListHooks.context_menu = [](const QPoint&) { ++menus; };
+  key(Qt::Key_F10, Qt::ShiftModifier);
+  EXPECT_EQ(menus, 1) << "where there is no menu key";
+  key(Qt::Key_Return, Qt::ShiftModifier);
+  EXPECT_TRUE(dialog("open_with")) << "while a name is typed";
 }
 
 TEST_F(FileList, ShowsEveryByteThatANameMayHoldAndOpensByDoubleClick) {

@@ -26,6 +26,7 @@ InterpKey typed_key(const QKeyEvent* event) {
   InterpKey key;
   key.down = event->type() != QEvent::KeyRelease;
   if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) return key;
+  if (is_enter(event->key()) && event->modifiers() & Qt::ShiftModifier) return key;  // Open With
   switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:

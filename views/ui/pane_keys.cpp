@@ -1,5 +1,7 @@
 #include "views/ui/pane_keys.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QMainWindow>
 #include <QShortcut>
 #include <QSplitter>
@@ -28,9 +30,20 @@ void move_entry(QTreeWidget* hotlist, int by) {
   hotlist->setCurrentItem(item);
 }
 
+// Not every keyboard has a menu key, and some commands stand in the context menu alone.
+void ask_for_menu() {
+  QWidget* focus = QApplication::focusWidget();
+  if (!focus) return;
+  const QPoint place = focus->rect().center();
+  QContextMenuEvent event(QContextMenuEvent::Keyboard, place, focus->mapToGlobal(place));
+  QApplication::sendEvent(focus, &event);
+}
+
 }  // namespace
 
 void pane_keys_setup(QMainWindow* window, QSplitter* splitter, QTreeWidget* hotlist) {
+  auto* menu = new QShortcut(QKeySequence(Qt::SHIFT | Qt::Key_F10), window);
+  QObject::connect(menu, &QShortcut::activated, window, ask_for_menu);
   for (int column = 0; column < FL_COLUMNS; ++column) {
     auto* sort = new QShortcut(QKeySequence(int(Qt::CTRL) | (Qt::Key_1 + column)), window);
     QObject::connect(sort, &QShortcut::activated, window, [column] { fl_sort_cb(column); });
