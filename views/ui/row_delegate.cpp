@@ -38,34 +38,34 @@ QSize RowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelInde
   return QSize(option.rect.width(), std::max(text, option.decorationSize.height() + 4));
 }
 
-const QStaticText& RowDelegate::laid_out(const QString& text, const QFont& font,
-                                         Qt::LayoutDirection direction) const {
+QStaticText RowDelegate::laid_out(const QString& text, const QFont& font,
+                                  Qt::LayoutDirection direction) const {
   if (font != font_ || direction != direction_) texts_.clear();
   font_ = font;
   direction_ = direction;
   if (const QStaticText* known = texts_.object(text)) return *known;
-  auto* made = new QStaticText(text);
-  made->setTextFormat(Qt::PlainText);
+  QStaticText made(text);
+  made.setTextFormat(Qt::PlainText);
   QTextOption plain;
   plain.setTextDirection(direction);
   plain.setWrapMode(QTextOption::NoWrap);
-  made->setTextOption(plain);
-  made->setPerformanceHint(QStaticText::AggressiveCaching);
-  made->prepare({}, font);
-  texts_.insert(text, made);
-  return *made;
+  made.setTextOption(plain);
+  made.setPerformanceHint(QStaticText::AggressiveCaching);
+  made.prepare({}, font);
+  texts_.insert(text, new QStaticText(made));
+  return made;
 }
 
 void RowDelegate::draw_text(QPainter* painter, const QStyleOptionViewItem& cell, const QRect& room) const {
   painter->setFont(cell.font);
   painter->setPen(cell.palette.color(
       cell_colours(cell), cell.state & QStyle::State_Selected ? QPalette::HighlightedText : QPalette::Text));
-  const QStaticText* text = &laid_out(cell.text, painter->font(), cell.direction);
-  if (text->size().width() > room.width())
-    text = &laid_out(cell.fontMetrics.elidedText(cell.text, cell.textElideMode, room.width()),
-                     painter->font(), cell.direction);
-  const QRect place = QStyle::alignedRect(cell.direction, cell.displayAlignment, text->size().toSize(), room);
-  painter->drawStaticText(place.topLeft(), *text);
+  QStaticText text = laid_out(cell.text, painter->font(), cell.direction);
+  if (text.size().width() > room.width())
+    text = laid_out(cell.fontMetrics.elidedText(cell.text, cell.textElideMode, room.width()), painter->font(),
+                    cell.direction);
+  const QRect place = QStyle::alignedRect(cell.direction, cell.displayAlignment, text.size().toSize(), room);
+  painter->drawStaticText(place.topLeft(), text);
 }
 
 void RowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,

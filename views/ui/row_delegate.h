@@ -15,7 +15,7 @@ class RowDelegate : public QStyledItemDelegate {
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
  private:
-  const QStaticText& laid_out(const QString& text, const QFont& font, Qt::LayoutDirection direction) const;
+  QStaticText laid_out(const QString& text, const QFont& font, Qt::LayoutDirection direction) const;
   void draw_text(QPainter* painter, const QStyleOptionViewItem& cell, const QRect& room) const;
 
   mutable QCache<QString, QStaticText> texts_{2000};
