@@ -51,13 +51,17 @@ void Accessible::check(QWidget* window) {
   }
 }
 
-// Tab reaches each button that the mouse reaches, but the other toggles of an exclusive group.
+// Tab reaches each button that the mouse reaches, but the other toggles of an exclusive group; Shift+Tab goes
+// the same way back.
 void Accessible::walk(QWidget* window) {
-  std::set<QWidget*> reached;
-  for (int i = 0; i < 80; i++) {
-    reached.insert(QApplication::focusWidget());
-    press(Qt::Key_Tab);
+  std::vector<QWidget*> way, back;
+  for (int i = 0; i < 160; i++) {
+    (i < 80 ? way : back).push_back(QApplication::focusWidget());
+    press(i < 80 ? Qt::Key_Tab : Qt::Key_Backtab);
   }
+  back.push_back(QApplication::focusWidget());
+  EXPECT_TRUE(std::equal(way.rbegin(), way.rend(), back.begin() + 1)) << describe(window);
+  const std::set<QWidget*> reached(way.begin(), way.end());
   for (auto* button : window->findChildren<QAbstractButton*>()) {
     if (button->window() != window || !button->isVisible() || !button->isEnabled()) continue;
     if (button->autoExclusive() || button->group() || !(button->focusPolicy() & Qt::TabFocus)) continue;
@@ -81,6 +85,7 @@ TEST_F(Accessible, EveryWindowSpeaksIsDrivenByTabAndClosesByEscape) {
   };
   show({"a"}, {"a"});
   check(base_window());
+  walk(base_window());
   for (size_t i = 0; i < 2 * std::size(dialogs); ++i) {
     SCOPED_TRACE(i);
     QFont large = font_;  // the second time as on a small screen at a large scale

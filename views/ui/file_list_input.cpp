@@ -114,6 +114,25 @@ void FileListView::drawRow(QPainter* painter, const QStyleOptionViewItem& option
   QStyleOptionViewItem row = option;
   if (fl_row_selected(index.row())) row.state |= QStyle::State_Selected;
   QTreeView::drawRow(painter, row, index);
+  if (hasFocus() && index.row() == currentIndex().row()) draw_row_focus(painter, row);
+}
+
+// Some styles mark the focus on a selected row by a tint over it, which hardly shows and dims the texts.
+void FileListView::draw_row_focus(QPainter* painter, const QStyleOptionViewItem& row) const {
+  QStyleOptionFocusRect focus;
+  focus.QStyleOption::operator=(row);
+  focus.rect.setWidth(std::min(viewport()->width(), header()->length()));
+  focus.rect = QStyle::visualRect(layoutDirection(), viewport()->rect(), focus.rect);
+  focus.state |= QStyle::State_KeyboardFocusChange | QStyle::State_Item;
+  if (!(row.state & QStyle::State_Selected)) {
+    focus.backgroundColor = palette().color(QPalette::Base);
+    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, this);
+    return;
+  }
+  painter->save();
+  painter->setPen(QPen(palette().color(QPalette::HighlightedText), 1, Qt::DotLine));
+  painter->drawRect(focus.rect.adjusted(1, 1, -2, -2));
+  painter->restore();
 }
 
 void FileListView::scrollContentsBy(int dx, int dy) {

@@ -31,6 +31,7 @@ class FileListView : public QTreeView {
   void timerEvent(QTimerEvent* event) override;
 
  private:
+  void draw_row_focus(QPainter* painter, const QStyleOptionViewItem& row) const;
   int row_at(const QPoint& place) const;
   bool type_ahead(QKeyEvent* event);
   bool move_by_key(QKeyEvent* event);

@@ -16,6 +16,7 @@
 #include "core/toolkit/message.h"
 #include "dirmodel/dir_record.h"
 #include "dirmodel/fs_probe.h"
+#include "dirmodel/text.h"
 #include "platform/desktop.h"
 #include "views/fname.h"
 #include "views/hotlist.h"
@@ -39,7 +40,10 @@ void tb_curpath_cb(const QString& text) {
             gConfig->encoding);
     return;
   }
-  if (fl_newpath(std::string(path).c_str()) != 0) return;
+  std::string cleaned = path;
+  es_strip_pathname(&cleaned);
+  if (cleaned == gDir.path) return base_update();  // Enter leaves the field, also when one is there already
+  if (fl_newpath(cleaned.c_str()) != 0) return;
   cl_add(gPathList, fname_decode(gDir.path.c_str()));
   cl_apply(gPathList, sPath);
   tb_curpath_set_text(gDir.path.c_str());
@@ -47,7 +51,7 @@ void tb_curpath_cb(const QString& text) {
 
 void tb_filespec_cb(const QString& text) {
   const std::string spec = text.toStdString();
-  if (fl_setspec(spec.c_str()) != 0) return;
+  if (fl_setspec(spec.c_str()) != 0) return base_update();
   cl_add(gSpecList, spec.c_str());
   cl_apply(gSpecList, sFilter);
 }
@@ -148,6 +152,7 @@ void make_editable(QComboBox* combo, QCompleter* none) {
   line->setCompleter(none);
   combo->setLineEdit(line);
   line->setCompleter(nullptr);
+  QWidget::setTabOrder(combo, line);  // else Shift+Tab comes upon the line first, and so to the box again
 }
 
 void setup_combo(QComboBox* combo, QCompleter* none) {

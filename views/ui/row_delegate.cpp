@@ -20,17 +20,6 @@ void draw_cell_icon(QPainter* painter, const QStyleOptionViewItem& cell, const Q
   cell.icon.paint(painter, place, cell.decorationAlignment, mode);
 }
 
-void draw_cell_focus(QPainter* painter, const QStyleOptionViewItem& cell, const QStyle& style) {
-  QStyleOptionFocusRect focus;
-  focus.QStyleOption::operator=(cell);
-  focus.rect = style.subElementRect(QStyle::SE_ItemViewItemFocusRect, &cell, cell.widget);
-  focus.state |= QStyle::State_KeyboardFocusChange | QStyle::State_Item;
-  const auto group = cell.state & QStyle::State_Enabled ? QPalette::Normal : QPalette::Disabled;
-  const auto role = cell.state & QStyle::State_Selected ? QPalette::Highlight : QPalette::Window;
-  focus.backgroundColor = cell.palette.color(group, role);
-  style.drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, cell.widget);
-}
-
 }  // namespace
 
 QSize RowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const {
@@ -86,6 +75,5 @@ void RowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
   }
   room.adjust(margin, 0, -margin, 0);
   if (!cell.text.isEmpty()) draw_text(painter, cell, QStyle::visualRect(cell.direction, cell.rect, room));
-  if (cell.state & QStyle::State_HasFocus) draw_cell_focus(painter, cell, style);
   painter->restore();
 }

@@ -5,9 +5,9 @@
 #include <QStaticText>
 #include <QStyledItemDelegate>
 
-// Draws background and focus as the style does, and lays a text out once where the style does so three times
-// at each painting: owners, dates and permissions are alike in most rows, and those that scroll back are
-// known.
+// Draws the background as the style does, leaves the focus to the row, and lays a text out once where the
+// style does so three times at each painting: owners, dates and permissions are alike in most rows, and those
+// that scroll back are known.
 class RowDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
