@@ -68,7 +68,8 @@ void dialog_fit(QDialog* dialog) {
 void dialog_open(QWidget* parent, QDialog* dialog) {
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setWindowModality(Qt::WindowModal);
-  dialog->setAttribute(Qt::WA_KeyboardFocusChange);  // shows the focus from the start, not after the first Tab
+  dialog->setAttribute(
+      Qt::WA_KeyboardFocusChange);  // shows the focus from the start, not after the first Tab
   dialog_fit(dialog);
   wcenter(parent, dialog);
   dialog->show();

@@ -66,6 +66,8 @@ void Accessible::walk(QWidget* window) {
     if (button->window() != window || !button->isVisible() || !button->isEnabled()) continue;
     if (button->autoExclusive() || button->group() || !(button->focusPolicy() & Qt::TabFocus)) continue;
     EXPECT_TRUE(reached.count(button)) << describe(button);
+    const auto* push = qobject_cast<QPushButton*>(button);
+    EXPECT_TRUE(!push || push->autoDefault()) << describe(button) << ": Enter would press another";
   }
 }
 

@@ -155,6 +155,7 @@ TEST_F(ConfigDlg, FontsAreChosenAndAppliedOnDone) {
   }
   EXPECT_STREQ(gConfig->list_font, "TextFont08") << "stored before Done";
   const int width = fl_get_column_width(3);
+  ASSERT_TRUE(tab_to(shown, "capply"));
   press(Qt::Key_Return);
   EXPECT_EQ(fl_get_column_width(3), width) << "in characters of the new font";
   EXPECT_EQ(fl_view()->font().pointSize(), 15);
