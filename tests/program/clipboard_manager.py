@@ -2,15 +2,14 @@
 """A clipboard manager of the kind that desktops run: asked by a program that ends (SAVE_TARGETS), it takes over
 every form of the clipboard's content and serves it from then on. Prints "ready" once it can be asked. Contents
 that need to come in portions are not supported."""
-from Xlib import X, display
+from Xlib import X, Xatom, display
 from Xlib.protocol import event
 
 connection = display.Display()
 window = connection.screen().root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
-atom = connection.intern_atom
-CLIPBOARD, TARGETS, SAVE, ATOM, HERE = map(atom, ("CLIPBOARD", "TARGETS", "SAVE_TARGETS", "ATOM", "ZAN_TEST_TRANSFER"))
-NOT_CONTENT = {TARGETS, SAVE, *map(atom, ("MULTIPLE", "TIMESTAMP", "DELETE"))}
-saved = {}
+CLIPBOARD, MANAGER, HERE, TARGETS, SAVE, *NO_CONTENT = map(connection.intern_atom, (
+    "CLIPBOARD", "CLIPBOARD_MANAGER", "ZAN_TEST_TRANSFER", "TARGETS", "SAVE_TARGETS", "MULTIPLE", "TIMESTAMP", "DELETE"))
+saved = {}  # the type, the format and the value of each form
 
 
 def fetch(target):
@@ -23,33 +22,26 @@ def fetch(target):
 
 
 def take_over():
-    targets = fetch(TARGETS)
-    for target in targets.value if targets else []:
-        content = None if target in NOT_CONTENT else fetch(target)
+    for target in fetch(TARGETS).value:
+        content = None if target in (TARGETS, SAVE, *NO_CONTENT) else fetch(target)
         if content:
             saved[target] = (content.property_type, content.format, content.value)
+    saved[TARGETS] = (Xatom.ATOM, 32, list(saved))
     window.set_selection_owner(CLIPBOARD, X.CurrentTime)
 
 
-def answer(request):
-    put = request.property
-    if request.target == SAVE:
-        take_over()
-    elif request.target == TARGETS:
-        request.requestor.change_property(put, ATOM, 32, list(saved))
-    elif request.target in saved:
-        request.requestor.change_property(put, *saved[request.target])
-    else:
-        put = X.NONE
-    request.requestor.send_event(event.SelectionNotify(time=request.time, requestor=request.requestor, property=put,
-                                                       selection=request.selection, target=request.target))
-    connection.flush()
-
-
-window.set_selection_owner(atom("CLIPBOARD_MANAGER"), X.CurrentTime)
+window.set_selection_owner(MANAGER, X.CurrentTime)
 connection.sync()
 print("ready", flush=True)
 while True:
     asked = connection.next_event()
-    if asked.type == X.SelectionRequest:
-        answer(asked)
+    if asked.type != X.SelectionRequest:
+        continue
+    if asked.target == SAVE:
+        take_over()
+    elif asked.target in saved:
+        asked.requestor.change_property(asked.property, *saved[asked.target])
+    put = asked.property if asked.target == SAVE or asked.target in saved else X.NONE
+    asked.requestor.send_event(event.SelectionNotify(time=asked.time, requestor=asked.requestor, property=put,
+                                                     selection=asked.selection, target=asked.target))
+    connection.flush()

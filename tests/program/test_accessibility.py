@@ -4,14 +4,13 @@ and a role. Walks the accessibility tree of the running program."""
 import os
 import sys
 
-from harness import SKIP, run, wait_for
+from harness import run, skip, wait_for
 
 LAUNCHERS = ("/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-bus-launcher")
 # Controls that a user acts on; labels, panes and the like may be nameless.
 ROLES = ("push button", "toggle button", "check box", "radio button", "combo box", "text", "password text", "spin button",
          "menu item", "check menu item", "menu", "list", "table", "tree", "tree table", "progress bar", "page tab",
          "dialog", "alert", "frame", "column header", "table column header", "button", "editable text")
-TABLES = ("tree", "table", "tree table")
 
 
 def accessibility(desk):
@@ -23,8 +22,7 @@ def accessibility(desk):
     except (ImportError, ValueError):
         launcher = None
     if not launcher:
-        print("skipped: no accessibility bus or no python3-pyatspi")
-        sys.exit(SKIP)
+        skip("no accessibility bus or no python3-pyatspi")
     desk.start_bus()
     desk.env.update(QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
     del desk.env["NO_AT_BRIDGE"]
@@ -40,7 +38,7 @@ def nodes(root):
         return
     yield root
     count = root.get_child_count()
-    for i in range(min(count, 20) if root.get_role_name() in TABLES else count):
+    for i in range(min(count, 20) if root.get_role_name() in ("tree", "table", "tree table") else count):
         yield from nodes(root.get_child_at_index(i))
 
 

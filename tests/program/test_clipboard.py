@@ -3,29 +3,18 @@
 Of pcmanfm-qt, thunar and dolphin, those that are installed take part."""
 import os
 import shutil
-import subprocess
 import sys
 import time
 
-from harness import run, wait_for
+from harness import becomes, listing, run, wait_for
 
 OWN_FILES, OWN_CUT = "application/x-zan-files", "application/x-zan-mvfiles"
 GNOME, URIS, KDE = "x-special/gnome-copied-files", "text/uri-list", "application/x-kde-cutselection"
 NAMES = ["100%#?", "a b", "umläut"]
 
 
-def clip(desk, kind):
-    """What the clipboard holds in that form; empty when it has none."""
-    return subprocess.run(["xclip", "-o", "-selection", "clipboard", "-t", kind], env=desk.env,
-                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False).stdout
-
-
-def listing(path):
-    return sorted(os.listdir(path))
-
-
 def awaits(path, names, what):
-    wait_for(lambda: listing(path) == names, lambda: f"{what}: {listing(path)}")
+    becomes(lambda: listing(path), names, what)
 
 
 def two_directories(desk):
@@ -43,31 +32,27 @@ def take_all(desk, app, key, *kinds):
     """Selects everything there and copies or cuts it, until the clipboard says so; what it says."""
     def taken():
         app.keys("ctrl+a", key)
-        return next(filter(None, (clip(desk, kind) for kind in kinds)), None)
+        return next(filter(None, map(desk.clip, kinds)), None)
     return wait_for(taken, f"{kinds} on the clipboard")
-
-
-def operations_over(app):
-    wait_for(lambda: len(app.windows()) == 1, "the end of the operation")
 
 
 def two_instances_share_it(desk):
     source, target = two_directories(desk)
     first, second = desk.start(source), desk.start(target)
     take_all(desk, first, "ctrl+c", OWN_FILES)
-    assert b"/100%25%23%3F\r\n" in clip(desk, URIS), clip(desk, URIS)
+    assert "/100%25%23%3F\n" in desk.clip(URIS), desk.clip(URIS)
     second.keys("ctrl+v")
     awaits(target, NAMES, "the copies")
     assert listing(source) == NAMES, listing(source)
     empty(target)
     take_all(desk, first, "ctrl+x", OWN_CUT)
-    assert (clip(desk, KDE), clip(desk, OWN_FILES)) == (b"1", b"")
+    assert (desk.clip(KDE), desk.clip(OWN_FILES)) == ("1", "")
     second.keys("F5", "ctrl+v")
     awaits(target, NAMES, "the move")
     awaits(source, [], "the moved")
-    wait_for(lambda: clip(desk, OWN_CUT) == b"" and clip(desk, URIS) == b"", "every item forgotten")
+    becomes(lambda: desk.clip(OWN_CUT) + desk.clip(URIS), "", "the clipboard, every item forgotten,")
     # Into a directory that vanished while it is shown: asked first.
-    operations_over(second)
+    becomes(lambda: len(second.windows()), 1, "the number of windows after the operation")
     take_all(desk, second, "ctrl+x", OWN_CUT)
     os.rmdir(source)
     for answer, there in (("Escape", False), ("Return", True)):
@@ -86,7 +71,7 @@ def content_outlives_the_program(desk):
     first = desk.start(source)
     packed = take_all(desk, first, "ctrl+x", OWN_CUT)
     first.end()
-    assert clip(desk, OWN_CUT) == packed
+    assert desk.clip(OWN_CUT) == packed
     desk.start(target).keys("ctrl+v")
     awaits(target, NAMES, "the move after the end")
 
@@ -103,20 +88,20 @@ def drags_between_two_windows(desk):
 
     def drag(modifier):
         """Until a file is there: on a slow machine the button may be let go before the windows have agreed."""
-        desk.said("xdotool", "mousemove", str(x), str(y), "mousedown", "1")
+        desk.xdotool("mousemove", str(x), str(y), "mousedown", "1")
         for step in range(1, 21):
-            desk.said("xdotool", "mousemove", str(x + (to_x - x) * step // 20), str(y + (to_y - y) * step // 20))
+            desk.xdotool("mousemove", str(x + (to_x - x) * step // 20), str(y + (to_y - y) * step // 20))
         time.sleep(1.1)  # a drop within a second of the drag's start is ignored, in the list that it began in
         held = ["keydown", modifier] if modifier else []
-        desk.said("xdotool", *held, "mousemove", str(to_x + 3), str(to_y + 3), "sleep", "0.3", "mouseup", "1")
+        desk.xdotool(*held, "mousemove", str(to_x + 3), str(to_y + 3), "sleep", "0.3", "mouseup", "1")
         patience = time.monotonic() + 10
         while not listing(target) and time.monotonic() < patience:
             time.sleep(0.02)
-        desk.said("xdotool", "keyup", "ctrl")
+        desk.xdotool("keyup", "ctrl")
         return listing(target)
     for modifier, left in (("ctrl", 60), (None, 59)):
         wait_for(lambda key=modifier: drag(key), "a dropped file")
-        wait_for(lambda: len(desk.windows()) == 2, "the end of the operation")
+        becomes(lambda: len(desk.windows()), 2, "the number of windows after the operation")
         assert len(listing(source)) == left, f"a copy with Ctrl, else a move: {modifier} left {listing(source)}"
         empty(target)
 
@@ -124,26 +109,23 @@ def drags_between_two_windows(desk):
 def other_file_managers(desk):
     desk.start_bus()  # some do not start without
     for program in filter(shutil.which, ("pcmanfm-qt", "thunar", "dolphin")):
-        source, target = two_directories(desk)
-        peer, app = desk.start(source, program=program), desk.start(target)
-        for key, left in (("ctrl+c", NAMES), ("ctrl+x", [])):
-            empty(target)
-            take_all(desk, peer, key, URIS, GNOME)
-            app.keys("F5", "ctrl+v")
-            awaits(target, NAMES, f"{key} in {program}, paste here")
-            awaits(source, left, "the sources")
-            operations_over(app)
-        for key, kind, left in (("ctrl+c", OWN_FILES, NAMES), ("ctrl+x", OWN_CUT, [])):
-            empty(source)
-            app.keys("F5")
-            take_all(desk, app, key, kind)
-            peer.keys("F5", "ctrl+v")
-            awaits(source, NAMES, f"{key} here, paste in {program}")
-            awaits(target, left, f"the sources of {program}'s paste")
+        theirs, mine = two_directories(desk)
+        peer, app = desk.start(theirs, program=program), desk.start(mine)
+        for giver, source, taker, target, forms in (
+                (peer, theirs, app, mine, {"ctrl+c": [URIS, GNOME], "ctrl+x": [URIS, GNOME]}),
+                (app, mine, peer, theirs, {"ctrl+c": [OWN_FILES], "ctrl+x": [OWN_CUT]})):
+            for key, left in (("ctrl+c", NAMES), ("ctrl+x", [])):
+                empty(target)
+                giver.keys("F5")
+                take_all(desk, giver, key, *forms[key])
+                taker.keys("F5", "ctrl+v")
+                awaits(target, NAMES, f"{key} to or from {program}, {target}")
+                awaits(source, left, f"{key} to or from {program}, {source}")
+                becomes(lambda: len(app.windows()), 1, "the number of windows after the operation")
         print(f"     exchanged with {program}")
         peer.close()
         app.end()
-        empty(source)
+        empty(theirs)
 
 
 sys.exit(run([two_instances_share_it, content_outlives_the_program, drags_between_two_windows, other_file_managers]))

@@ -5,34 +5,26 @@ import os
 import shutil
 import sys
 
-from harness import SKIP, descendants, read, run, wait_for
-
-if not shutil.which("xterm"):
-    print("skipped: no xterm")
-    sys.exit(SKIP)
+from harness import becomes, descendants, listing, needs, read, run, stat_of, wait_for, write
 
 
 def stand_ins(desk, **programs):
     """Programs that record their name, directory and arguments, then go on with that line of shell; a function that
     tells the calls so far."""
     folder, log = os.path.join(desk.root, "stand-ins"), os.path.join(desk.root, "log")
-    os.makedirs(folder)
     os.makedirs(log)
     for name, then in programs.items():
-        path = os.path.join(folder, name.replace("_", "-"))
-        with open(path, "w", encoding="utf-8") as script:
-            script.write(f"""#!/bin/sh
+        script = write(os.path.join(folder, name.replace("_", "-")), f"""#!/bin/sh
 at=$(date +%s%N).$$
 {{ printf '%s\\0' "${{0##*/}}" "$PWD" "$@"; }} > '{log}'/.$at && mv '{log}'/.$at '{log}'/$at
 {then}
 """)
-        os.chmod(path, 0o755)
+        os.chmod(script, 0o755)
     desk.env["PATH"] = folder + ":" + desk.env["PATH"]
     for name in ("TERMINAL", "EDITOR", "PAGER"):
         desk.env.pop(name, None)
     desk.env.update(VISUAL="vi -n", BROWSER="browser")
-    return lambda: [read(os.path.join(log, name)).split("\0")[:-1] for name in sorted(os.listdir(log))
-                    if not name.startswith(".")]
+    return lambda: [read(os.path.join(log, name)).split("\0")[:-1] for name in listing(log) if name[0] != "."]
 
 
 def open_entry(app, name):
@@ -46,10 +38,10 @@ def running():
     found = []
     for pid in descendants(os.getpid()):
         try:
-            name, _, rest = read(f"/proc/{pid}/stat").partition("(")[2].rpartition(")")
+            name, state = read(f"/proc/{pid}/comm").strip(), stat_of(pid)[:2]
         except OSError:
             continue
-        if name not in ("Xvfb", "openbox") and rest.split()[:2] != ["Z", str(os.getpid())]:
+        if name not in ("Xvfb", "openbox") and state != ["Z", str(os.getpid())]:
             found.append(name)
     return sorted(found)
 
@@ -70,10 +62,9 @@ def files_open_in_what_the_machine_has(desk):
             ("-run", ["ran", folder, "./-run it"])]
     for number, (name, call) in enumerate(rows):
         open_entry(app, name)
-        wait_for(lambda: len(calls()) > number, f"the opening of {name}")
-        assert calls()[number:] == [call], calls()
+        becomes(lambda done=number: calls()[done:], [call], f"what opens {name}")
         # A terminal's window may come up, and take the keys, after its command has run.
-        wait_for(lambda: running() == ["zan"], lambda: f"an end of {running()}")
+        becomes(running, ["zan"], "what runs")
         app.keys("Escape")
     assert not os.path.exists(os.path.join(folder, "canary"))
     open_entry(app, "zzz")  # cannot be run
@@ -91,11 +82,11 @@ def terminals_stand_in_the_directory_shown(desk):
     wait_for(calls, "a shell in a terminal")
     assert calls()[0][:2] == ["shell", folder], calls()
     assert "xterm" in running(), running()
-    wait_for(lambda: len(desk.windows()) == 2, "its window, which takes the keys")
+    becomes(lambda: len(desk.windows()), 2, "the number of windows with the one that takes the keys")
     open_entry(app, "Make")
-    wait_for(lambda: calls()[1:] == [["make", folder, "-f", "Makefile"]], lambda: f"make: {calls()}")
+    becomes(lambda: calls()[1:], [["make", folder, "-f", "Makefile"]], "the call of make")
     wait_for(lambda: "make" not in running(), "the end of make")
-    wait_for(lambda: len(desk.windows()) == 3, lambda: f"a window that stays: {desk.windows()}")
+    becomes(lambda: len(desk.windows()), 3, "the number of windows with one that stays")
     assert running().count("xterm") == 2, running()
 
 
@@ -104,25 +95,20 @@ def further_windows_are_this_program(desk):
     desk.make("one/sub dir/")
     app = desk.start(folder)
     app.shows(folder)
-
-    def titles():
-        return sorted(title for _, _, title in desk.windows())
     app.keys("ctrl+n")
-    wait_for(lambda: titles() == ["ZAN: " + folder] * 2, lambda: f"a second window of the directory: {titles()}")
+    becomes(desk.titles, ["ZAN: " + folder] * 2, "the second window of the directory")
     app.keys("ctrl+a", "ctrl+Return")
-    wait_for(lambda: titles() == ["ZAN: " + folder] * 2 + [f"ZAN: {folder}/sub dir"], lambda: f"its own: {titles()}")
+    becomes(desk.titles, ["ZAN: " + folder] * 2 + [f"ZAN: {folder}/sub dir"], "the directory's own window")
 
 
 def a_bad_association_file_says_so_and_ends(desk):
-    os.makedirs(desk.settings)
-    with open(os.path.join(desk.settings, "associate.003"), "w", encoding="utf-8") as file:
-        file.write("# comment\n*.a\topen\nno tab here\n")
+    write(os.path.join(desk.settings, "associate.003"), "# comment\n*.a\topen\nno tab here\n")
     app = desk.start(desk.work)
     assert app.title() == "Error", app.title()
     app.keys("Return")
-    status = app.wait()
-    assert status == 1, status
+    app.ends(1)
 
 
+needs("xterm")
 sys.exit(run([files_open_in_what_the_machine_has, terminals_stand_in_the_directory_shown,
               further_windows_are_this_program, a_bad_association_file_says_so_and_ends]))

@@ -11,7 +11,7 @@ import tempfile
 import time
 import urllib.parse
 
-from harness import read, run, wait_for
+from harness import becomes, read, run, wait_for, write
 
 BIG = 96 << 20  # bytes of a file that takes its time
 BIG_FILES = 16
@@ -25,14 +25,14 @@ def paste(desk, app, *paths, cut=False):
     app.keys("ctrl+v")
 
 
-def question(desk, app):
+def question(desk, app, place):
     """Pastes over an existing file, and waits for what the program asks."""
-    desk.make("to/asked", "old")
+    write(os.path.join(place, "asked"), "old")
     paste(desk, app, desk.make("conflict/asked", "new"))
     return app.other_window("Copy/Move")
 
 
-def in_mid_copy(desk, app, place, cut=False):
+def in_mid_copy(desk, app, place, cut):
     """Begins to copy a directory of big files: many names of one, so that they cost their space only once copied."""
     first = desk.make("big/0", os.urandom(1 << 20) * (BIG >> 20))
     for i in range(1, BIG_FILES):
@@ -58,87 +58,72 @@ def every_end_signal_saves_and_ends(desk):
         app = desk.start(desk.work)
         ignored = next(line for line in read(f"/proc/{app.pid}/status").splitlines() if line.startswith("SigIgn"))
         assert int(ignored.split()[1], 16) & 1 << (signal.SIGCHLD - 1), "children would become zombies"
-        app.signal(number)
-        status = app.wait()
-        assert status == 0 and os.path.exists(desk.record), (number, status, app.errors())
+        app.process.send_signal(number)
+        app.ends()
         os.unlink(desk.record)
     for delay in (0.01, 0.02, 0.04, 0.08, 0.12):  # before the window stands
         app = desk.start(desk.work, wait=False)
         time.sleep(delay)
-        app.signal(signal.SIGTERM)
-        status = app.wait()
-        assert status in (0, -signal.SIGTERM), (delay, status, app.errors())
+        app.process.send_signal(signal.SIGTERM)
+        app.ends(0, -signal.SIGTERM)
 
 
 def closing_the_window_leaves_the_operations_running(desk):
-    app = desk.start(desk.make("to/"))
-    asked = question(desk, app)
+    place = desk.make("to/")
+    app = desk.start(place)
+    asked = question(desk, app, place)
     holder = app.other_window("ZAN: File Operations")
     app.close()
     wait_for(lambda: app.window() not in app.windows(), "the main window's end")
     assert os.path.exists(desk.record), "settings are saved when it closes"
-    app.signal(signal.SIGWINCH)  # does nothing now
-    app.close(holder)            # nor does this end anything
+    app.process.send_signal(signal.SIGWINCH)  # does nothing now
+    app.close(holder)  # nor does this end anything
     app.keys("o", window=asked)
-    status = app.wait()
-    assert status == 0, (status, app.errors())
-    assert read(os.path.join(desk.work, "to/asked")) == "new"
+    app.ends()
+    assert read(os.path.join(place, "asked")) == "new"
 
 
-def ended_in_mid_copy_with_a_question_open(desk):
-    for end, wanted in ((lambda app: app.signal(signal.SIGTERM), 0), (lambda _: desk.server.kill(), 1)):
-        shutil.rmtree(desk.make("big/"))
-        shutil.rmtree(desk.make("to/"))
-        place = desk.make("to/")
-        app = desk.start(place)
-        question(desk, app)
-        first = in_mid_copy(desk, app, place)
-        end(app)
-        status = app.wait()
-        assert status == wanted, (status, app.errors())
-        assert len(whole_ones(first, place)) < BIG_FILES, "it was not in the middle of it"
-        assert read(os.path.join(place, "asked")) == "old", "an unanswered question overwrites nothing"
-        assert {"config.003", "hotlist.001"} <= set(os.listdir(desk.settings)), "settings are saved"
-
-
-def display_dies_in_mid_move_between_file_systems(desk):
-    if os.stat("/dev/shm").st_dev == os.stat(desk.work).st_dev or shutil.disk_usage("/dev/shm").free < 3 * BIG:
-        return print("skipped: no second file system with room")
-    other = tempfile.mkdtemp(prefix="zan-ending-", dir="/dev/shm")
-    try:
-        app = desk.start(other)
-        first = in_mid_copy(desk, app, other, cut=True)
-        desk.server.kill()
-        status = app.wait()
-        assert status == 1, (status, app.errors())
-        there = whole_ones(first, other) | set(os.listdir(os.path.dirname(first)))
-        assert there == set(map(str, range(BIG_FILES))), f"lost: {there}"
-    finally:
-        shutil.rmtree(other)
+def ended_in_the_middle_with_a_question_open(desk):
+    """By a signal while it copies; then, while it moves to another file system, by the display's death."""
+    rows = [(lambda app: app.process.send_signal(signal.SIGTERM), 0, False, desk.work)]
+    if os.stat("/dev/shm").st_dev != os.stat(desk.work).st_dev and shutil.disk_usage("/dev/shm").free > 3 * BIG:
+        rows += [(lambda _: desk.server.kill(), 1, True, "/dev/shm")]
+    for end, status, cut, parent in rows:
+        with tempfile.TemporaryDirectory(prefix="zan-ending-", dir=parent) as place:
+            app = desk.start(place)
+            question(desk, app, place)
+            first = in_mid_copy(desk, app, place, cut)
+            end(app)
+            app.ends(status)
+            copies = whole_ones(first, place)
+            assert len(copies) < BIG_FILES, "it was not in the middle of it"
+            left = copies | set(os.listdir(os.path.dirname(first)))
+            assert left == set(map(str, range(BIG_FILES))), f"lost, there is only {left}"
+            assert read(os.path.join(place, "asked")) == "old", "an unanswered question overwrites nothing"
+            assert {"config.003", "hotlist.001"} <= set(os.listdir(desk.settings)), "settings are saved"
+        shutil.rmtree(os.path.dirname(first))
 
 
 def another_instance_ends_and_refreshes_meanwhile(desk):
     place = desk.make("to/")
     app, other, gone = desk.start(place), desk.start(place), desk.start(desk.work)
-    asked = question(desk, app)
+    asked = question(desk, app, place)
     gone.end()
     assert app.running() and asked in app.windows(), "only that one ended"
     paste(desk, app, desk.make("fresh directory/"))
 
     def listed():
         other.keys("ctrl+a", "ctrl+c")
-        taken = desk.said("xclip", "-o", "-selection", "clipboard", "-t", "text/uri-list", check=False)
-        return f"file://{place}/fresh%20directory" in taken
+        return f"file://{place}/fresh%20directory" in desk.clip("text/uri-list")
     wait_for(listed, "the other instance's refresh")
     os.rmdir(os.path.join(place, "fresh directory"))
     for _ in range(200):  # many at once
-        other.signal(signal.SIGWINCH)
-    wait_for(lambda: not listed(), "the refresh after signals")
+        other.process.send_signal(signal.SIGWINCH)
+    becomes(listed, False, "what is gone, listed after signals,")
     app.keys("Escape", window=asked)
     other.end()
     app.end()
 
 
 sys.exit(run([every_end_signal_saves_and_ends, closing_the_window_leaves_the_operations_running,
-              ended_in_mid_copy_with_a_question_open, display_dies_in_mid_move_between_file_systems,
-              another_instance_ends_and_refreshes_meanwhile]))
+              ended_in_the_middle_with_a_question_open, another_instance_ends_and_refreshes_meanwhile]))

@@ -5,7 +5,7 @@ import shutil
 import sys
 import time
 
-from harness import descendants, read, run, wait_for
+from harness import becomes, descendants, read, run, wait_for
 
 
 def call(desk, method, *uris):
@@ -14,52 +14,41 @@ def call(desk, method, *uris):
               "@as " + repr(list(uris)), "")
 
 
-def offered(desk):
-    """Waits until somebody answers to the interface's name."""
+def start_with_bus(desk, path):
+    """A zan that offers the interface on a bus of the test's own."""
+    desk.start_bus()
+    app = desk.start(path)
     wait_for(lambda: "true" in desk.said("gdbus", "call", "--session", "--dest=org.freedesktop.DBus", "--object-path=/",
                                          "--method=org.freedesktop.DBus.NameHasOwner", "org.freedesktop.FileManager1"),
              "the name on the bus")
-
-
-def titles(desk):
-    return [title for _, _, title in desk.windows()]
-
-
-def close_last(desk):
-    desk.said("wmctrl", "-i", "-c", desk.windows()[-1][0])
+    return app
 
 
 def opens_folders_and_items_in_windows(desk):
-    desk.start_bus()
     here, there = (os.path.dirname(desk.make(name)) for name in ("here/one.txt", "there/it's 100% #1?.txt"))
-    app = desk.start(here)
-    offered(desk)
-
+    app = start_with_bus(desk, here)
+    both = sorted(["ZAN: " + here, "ZAN: " + there])
     call(desk, "ShowFolders", "file://" + there, "https://example.org/no", "file://elsewhere/etc")
-    wait_for(lambda: "ZAN: " + there in titles(desk), "a window on the folder")
-    wait_for(lambda: len(titles(desk)) == 2, "two windows")
+    becomes(desk.titles, both, "a window on the folder")
 
     # The directory is shown here already: no third window, and the item's properties open over it.
     call(desk, "ShowItemProperties", "file://" + here + "/one.txt")
-    wait_for(lambda: len(app.windows()) == 2, "the properties in the window that shows the directory")
-    wait_for(lambda: len(titles(desk)) == 3, "two windows and the properties")
-    app.keys("Escape", window=[w for w in app.windows() if w != app.window()][0])
+    dialog = app.other_window("")
+    becomes(lambda: len(desk.windows()), 3, "the number of windows with the properties")
+    app.keys("Escape", window=dialog)
+    becomes(desk.titles, both, "what is left after the properties")
 
     # Another directory: a window of its own, in which the item is found under its very name.
-    wait_for(lambda: len(titles(desk)) == 2, "the end of the properties")
-    close_last(desk)
-    wait_for(lambda: "ZAN: " + there not in titles(desk), "the end of the second window")
+    app.close(desk.windows()[-1][0])
+    becomes(desk.titles, ["ZAN: " + here], "what is left after the second window")
     call(desk, "ShowItemProperties", "file://" + there + "/it's%20100%25%20%231%3F.txt")
-    wait_for(lambda: len(titles(desk)) == 3, "a window and its properties")
+    becomes(lambda: len(desk.windows()), 3, "the number of windows with the item's own and its properties")
 
 
 def answers_odd_calls_with_the_nearest_directory(desk):
-    desk.start_bus()
     here = desk.make("here/")
-    odd = os.path.join(desk.work.encode(), b"odd \xff,\n").decode(errors="surrogateescape")
-    os.mkdir(odd)
-    desk.start(here)
-    offered(desk)
+    os.mkdir(os.path.join(desk.work.encode(), b"odd \xff,\n"))
+    app = start_with_bus(desk, here)
     for method, uris, shown in (
             ("ShowFolders", [], None), ("ShowItems", ["", "file:", "nothing", "file://elsewhere/etc/passwd"], None),
             ("ShowFolders", ["file:///"], "/"), ("ShowFolders", ["file://" + desk.work + "/gone/too"], desk.work),
@@ -68,9 +57,9 @@ def answers_odd_calls_with_the_nearest_directory(desk):
             ("ShowItems", [f"file://{here}/{number}{'x' * 50}" for number in range(1000)], None)):
         call(desk, method, *uris)
         if shown:
-            wait_for(lambda want=shown: any(want in title for title in titles(desk)[1:]), f"{method} {uris}")
-            close_last(desk)
-        wait_for(lambda: len(titles(desk)) == 1, f"no more windows after {method} {uris[:2]}")
+            wait_for(lambda want=shown: any(want in title for _, _, title in desk.windows()[1:]), f"{method} {uris}")
+            app.close(desk.windows()[-1][0])
+        becomes(lambda: len(desk.windows()), 1, f"the number of windows after {method} {uris[:2]}")
         time.sleep(0.2)
 
 
@@ -82,10 +71,11 @@ def is_started_by_the_bus(desk):
     shutil.copy(os.path.join(packaging, "org.freedesktop.FileManager1.service"), services)
     desk.env.update(XDG_DATA_HOME=os.path.join(desk.root, "data"), PATH=":".join((packaging, desk.bin, desk.env["PATH"])))
     desk.start_bus()
+    shown = []
     for folder in (desk.make("there/"), desk.work):
         call(desk, "ShowFolders", "file://" + folder)
-        wait_for(lambda want="ZAN: " + folder: want in titles(desk), "a window on " + folder)
-    assert len(titles(desk)) == 2, titles(desk)
+        shown = sorted([*shown, "ZAN: " + folder])
+        becomes(desk.titles, shown, "what is shown")
 
 
 def starts_nothing_without_a_bus(desk):

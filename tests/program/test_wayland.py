@@ -8,64 +8,55 @@ import subprocess
 import sys
 import time
 
-from harness import SKIP, run, wait_for
+from harness import needs, run, skip, wait_for
 
 
 def compositor(desk, backend="headless"):
     """A compositor of the test's own, in which each window fills the screen. Only with x11 it has a seat."""
-    socket = "wayland-zan"
-    desk.helper("weston", f"--backend={backend}-backend.so", "--socket=" + socket, "--idle-time=0",
+    desk.helper("weston", f"--backend={backend}-backend.so", "--socket=wayland-zan", "--idle-time=0",
                 "--shell=kiosk-shell.so", "--width=1200", "--height=760", "--log=/dev/null")
-    wait_for(lambda: os.path.exists(os.path.join(desk.root, socket)), "a compositor")
-    return socket
+    wait_for(lambda: os.path.exists(os.path.join(desk.root, "wayland-zan")), "a compositor")
 
 
-def started(desk, socket, path):
-    app = desk.start("-s" + socket, path, wait=False,
+def started(desk, path):
+    app = desk.start("-swayland-zan", path, wait=False,
                      env={"DISPLAY": None, "QT_QPA_PLATFORM": None, "WAYLAND_DEBUG": "client"})
 
-    def titled():
-        if not app.running() and "platform plugin" in app.errors():
-            print("skipped: the toolkit has no plugin for Wayland")
-            sys.exit(SKIP)
-        assert app.running(), app.errors()[-2000:]
-        return f'set_title("ZAN: {path}")' in app.errors()
-    wait_for(titled, "the window's title")
-    wait_for(lambda: ".attach(wl_buffer" in app.errors(), "a painted window")
+    def painted():
+        if not app.running() and "platform plugin" in app.printed():
+            skip("the toolkit has no plugin for Wayland")
+        assert app.running(), app.printed()[-2000:]
+        return f'set_title("ZAN: {path}")' in app.printed() and ".attach(wl_buffer" in app.printed()
+    wait_for(painted, "a painted window with its title")
     return app
 
 
 def comes_up_and_ends(desk):
     desk.make("one")
-    socket = compositor(desk)
-    app = started(desk, socket, desk.work)
-    app.signal(signal.SIGTERM)
-    assert app.wait() == 0, app.errors()[-2000:]
+    compositor(desk)
+    app = started(desk, desk.work)
+    app.process.send_signal(signal.SIGTERM)
+    app.ends()
     assert os.path.exists(desk.record)
 
 
 def pastes_between_windows_and_programs_and_drags(desk):
     if not shutil.which("wl-paste"):
-        print("     left out: no wl-clipboard")
-        return
+        return print("     left out: no wl-clipboard")
     desk.make("from/a b%.txt", "x")
-    source, to, third = (desk.make(name) for name in ("from/", "to/", "third/"))
-    desk.make("third/inner/")
-    socket = compositor(desk, "x11")
-    wait_for(lambda: any("Weston" in title for _, _, title in desk.windows()), "the compositor's window")
-    env = dict(desk.env, WAYLAND_DISPLAY=socket)
+    source, to, third, inner = (desk.make(name) for name in ("from/", "to/", "third/", "third/inner/"))
+    compositor(desk, "x11")
+    wait_for(lambda: any("Weston" in title for title in desk.titles()), "the compositor's window")
     uris = "file://" + source + "/a%20b%25.txt"
 
     def wl(*command, **options):
-        return subprocess.run(command, env=env, stdout=subprocess.PIPE, check=True, timeout=30, **options).stdout
-
-    def press(*keys):
-        desk.xdotool("key", "--delay", "60", *keys)
+        return subprocess.run(command, env=dict(desk.env, WAYLAND_DISPLAY="wayland-zan"), stdout=subprocess.PIPE,
+                              check=True, timeout=30, text=True, **options).stdout
 
     def until(done, what, *keys):
         """The compositor tells a window late that it has the keyboard."""
         def pressed():
-            press(*keys)
+            desk.xdotool("key", "--delay", "60", *keys)
             time.sleep(0.5)
             return done()
         wait_for(pressed, what)
@@ -74,14 +65,14 @@ def pastes_between_windows_and_programs_and_drags(desk):
     for at in ("5", "700"):  # coming in tells the compositor where the pointer is
         desk.xdotool("mousemove", at, at)
         time.sleep(0.3)
-    started(desk, socket, source)
+    started(desk, source)
     wl("wl-copy", "nothing")
-    until(lambda: b"text/uri-list" in wl("wl-paste", "-l"), "a copy on the clipboard", "ctrl+a", "ctrl+c")
-    assert wl("wl-paste", "-n", "-t", "text/uri-list").decode().split() == [uris]
-    started(desk, socket, to)
+    until(lambda: "text/uri-list" in wl("wl-paste", "-l"), "a copy on the clipboard", "ctrl+a", "ctrl+c")
+    assert wl("wl-paste", "-n", "-t", "text/uri-list").split() == [uris]
+    started(desk, to)
     until(lambda: os.path.exists(to + "/a b%.txt"), "a paste of what another window copied", "ctrl+v")
-    wl("wl-copy", "-t", "text/uri-list", input=uris.encode() + b"\r\n")
-    started(desk, socket, third)
+    wl("wl-copy", "-t", "text/uri-list", input=uris + "\r\n")
+    started(desk, third)
     until(lambda: os.path.exists(third + "/a b%.txt"), "a paste of what another program copied", "ctrl+v")
 
     def dragged():
@@ -92,12 +83,10 @@ def pastes_between_windows_and_programs_and_drags(desk):
         time.sleep(1.2)  # a drop within a second after the drag began is not taken
         desk.xdotool("mouseup", "1")
         time.sleep(1)
-        return os.path.exists(third + "/inner/a b%.txt")
+        return os.path.exists(inner + "/a b%.txt")
     time.sleep(2)  # the operation's window goes a second after its end
     wait_for(dragged, "a drop onto a directory's row")
 
 
-if not shutil.which("weston"):
-    print("skipped: no weston")
-    sys.exit(SKIP)
+needs("weston")
 sys.exit(run([comes_up_and_ends, pastes_between_windows_and_programs_and_drags]))
