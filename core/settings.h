@@ -59,5 +59,9 @@ void settings_defaults(Settings* record);
 // flag word was exactly 0).
 bool settings_load(Settings* record, const char* dir, const char* name);
 
+// Takes over from dir/name what another window has stored there since settings_load, but for the fields that
+// this one has changed itself. Without a readable record there the given one stays as it is.
+void settings_take_over(Settings* record, const char* dir, const char* name);
+
 // Sets the format mark and writes the record to dir/name, over a temporary file beside it. 0, or -1.
 int init_save_config(Settings* record, const char* dir, const char* name);

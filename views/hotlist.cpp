@@ -11,6 +11,11 @@ Hotlist gTree;
 namespace {
 constexpr size_t MAX_LINE = 1023;
 HotlistWatch sWatch;
+std::vector<std::string> sLoaded;  // what tree_load took over
+
+bool has_path(const std::vector<std::string>& paths, const std::string& path) {
+  return std::find(paths.begin(), paths.end(), path) != paths.end();
+}
 }  // namespace
 
 void tree_watch(HotlistWatch watch) {
@@ -37,7 +42,22 @@ void tree_load(const char* dir, const char* file) {
     gTree.paths = tree_parse(text);
   else
     gTree.paths = {"/"};
+  sLoaded = gTree.paths;
   if (sWatch.replaced) sWatch.replaced();
+}
+
+void tree_take_over(const char* dir, const char* file) {
+  std::string text;
+  if (!load_file(dir, file, SIZE_MAX, &text)) return;
+  const std::vector<std::string> theirs = tree_parse(text);
+  if (gTree.paths == sLoaded) {
+    gTree.paths = theirs;
+    return;
+  }
+  std::erase_if(gTree.paths,
+                [&](const std::string& path) { return has_path(sLoaded, path) && !has_path(theirs, path); });
+  for (const std::string& path : theirs)
+    if (!has_path(sLoaded, path) && !has_path(gTree.paths, path)) gTree.paths.push_back(path);
 }
 
 int tree_save(const char* dir, const char* file) {
@@ -48,7 +68,7 @@ int tree_save(const char* dir, const char* file) {
 }
 
 int tree_add(Hotlist* tree, const char* path) {
-  if (std::find(tree->paths.begin(), tree->paths.end(), path) != tree->paths.end()) return -1;
+  if (has_path(tree->paths, path)) return -1;
   tree->paths.emplace_back(path);
   if (tree == &gTree && sWatch.added) sWatch.added(tree->paths.size() - 1);
   return 0;
@@ -63,5 +83,5 @@ void tree_remove(Hotlist* tree, const char* path) {
 }
 
 int tree_lookup(const char* path) {
-  return std::find(gTree.paths.begin(), gTree.paths.end(), path) != gTree.paths.end() ? 1 : 0;
+  return has_path(gTree.paths, path) ? 1 : 0;
 }

@@ -23,6 +23,10 @@ void tree_watch(HotlistWatch watch);
 // Replaces gTree by the lines of dir/file, one absolute path of at most 1023 bytes a line. Duplicates and
 // lines that cannot be such a path are passed over. Without the file (or with dir null): "/" alone.
 void tree_load(const char* dir, const char* file);
+// Before the last tree_save: adds to gTree what another window has added to dir/file since tree_load, and
+// removes what it has removed; takes over its order too where this window has changed nothing. Nobody who
+// shows gTree is told.
+void tree_take_over(const char* dir, const char* file);
 // Writes every path of gTree, a line each. 0, or -1 when the file cannot be written; then the old one stays.
 int tree_save(const char* dir, const char* file);
 // Appends path. 0; -1 when it is already there.

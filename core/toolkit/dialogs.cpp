@@ -68,11 +68,10 @@ void dialog_fit(QDialog* dialog) {
 void dialog_open(QWidget* parent, QDialog* dialog) {
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setWindowModality(Qt::WindowModal);
-  dialog->setAttribute(
-      Qt::WA_KeyboardFocusChange);  // shows the focus from the start, not after the first Tab
   dialog_fit(dialog);
   wcenter(parent, dialog);
   dialog->show();
+  dialog->setAttribute(Qt::WA_KeyboardFocusChange);  // shows the focus now, not after the first Tab
 }
 
 QString tip_text(const QString& text) {

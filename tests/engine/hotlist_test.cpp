@@ -36,3 +36,25 @@ TEST(Hotlist, SavesOnePathALine) {
   EXPECT_EQ(read_file(dir / "hotlist.001"), "/usr\n/\n/a b/\xff\n");
   EXPECT_EQ(tree_save(nullptr, "hotlist.001"), -1);
 }
+
+TEST(Hotlist, WhatAnotherWindowHasChangedIsKept) {
+  const struct {
+    Paths loaded, mine, theirs, kept;
+  } rows[] = {
+      {{"/", "/a"}, {"/", "/a"}, {"/b", "/"}, {"/b", "/"}},
+      {{"/", "/a"}, {"/a", "/", "/c"}, {"/", "/b"}, {"/", "/c", "/b"}},
+  };
+  TempDir dir;
+  const auto save = [&](const Paths& paths) {
+    gTree.paths = paths;
+    tree_save(dir.path().c_str(), "hotlist.001");
+  };
+  for (const auto& row : rows) {
+    save(row.loaded);
+    tree_load(dir.path().c_str(), "hotlist.001");
+    save(row.theirs);
+    gTree.paths = row.mine;
+    tree_take_over(dir.path().c_str(), "hotlist.001");
+    EXPECT_EQ(gTree.paths, row.kept);
+  }
+}

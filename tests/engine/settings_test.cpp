@@ -70,6 +70,22 @@ TEST(Settings, WritesEveryFieldAtItsOffset) {
   EXPECT_EQ(read_file(dir / "config.003"), expected);
 }
 
+TEST(Settings, WhatAnotherWindowHasStoredIsKept) {
+  TempDir dir;
+  Settings mine, theirs;
+  settings_load(&mine, dir.path().c_str(), "config.003");
+  theirs = mine;
+  theirs.cdirs = 2, theirs.window_width = 700, theirs.column_width[1] = 80;
+  theirs.flags ^= SET_RM1_PROMPT | SET_RM1_NO_PROMPT | SET_SYM_PROMPT | SET_SYM_FILES;
+  init_save_config(&theirs, dir.path().c_str(), "config.003");
+  mine.window_width = 800, mine.flags ^= SET_RM1_PROMPT | SET_RM1_PROMPT_NOWR;
+  settings_take_over(&mine, dir.path().c_str(), "config.003");
+  EXPECT_EQ(mine.cdirs, 2);
+  EXPECT_EQ(mine.column_width[1], 80);
+  EXPECT_EQ(mine.window_width, 800);
+  EXPECT_EQ(mine.flags & 0xfc, uint32_t(SET_RM1_PROMPT_NOWR | SET_SYM_FILES));
+}
+
 // What every file in the settings directory is written by.
 TEST(SaveFile, AFullDiskLeavesTheOldFileAndNothingElse) {
   TempDir dir;

@@ -216,10 +216,12 @@ static void save_once(bool measure) {
       base_get_window_metrics(gConfig);
       base_get_divider_metrics(gConfig);
     }
+    settings_take_over(gConfig, gConfigPath, "config.003");
     init_save_config(gConfig, gConfigPath, "config.003");
   }
   init_save_cboxs(gConfigPath);
   init_destroy_cboxs();
+  tree_take_over(gConfigPath, "hotlist.001");
   tree_save(gConfigPath, "hotlist.001");
 }
 
