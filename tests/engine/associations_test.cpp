@@ -5,24 +5,22 @@
 #include "tests/support/shown_dir.h"
 #include "tests/support/stand_ins.h"
 
-namespace {
 using Call = StandIns::Call;
-const char kFile[] = "associate.003";
-const std::string kHeaderLine =
+static const char kFile[] = "associate.003";
+static const std::string kHeaderLine =
     "# <pattern[|pattern[..]]> \\t <open_command> \\t <view_command> \\t <edit command>\n";
 
-void read_text(const std::string& text) {
+static void read_text(const std::string& text) {
   static const TempDir dir;  // its end leaves the directory that is shown
   write_file(dir / kFile, text);
   init_read_associations(dir.path().c_str(), kFile);
 }
 
-std::string table_text() {
+static std::string table_text() {
   std::string text;
   for (int i = 0; i < apat_ctr; ++i) text += as_line(*apat[i]) + "\n";
   return text;
 }
-}  // namespace
 
 TEST(Associations, ReadsWhatStandsInTheFile) {
   const std::string fill(1016, 'f');
@@ -55,13 +53,17 @@ TEST(Associations, WritesWhatItReadsBack) {
 
 TEST(Associations, LooksUpTheFirstThatMatches) {
   read_text("*.a|x?\to\tv\t \v\n^*.JPG|*.gif\to2\t\te2\n*.jpg\to3\tv3\te3\n");
-  const std::pair<const char*, int> rows[] = {{"f.a", 0}, {"p.jpg", 1}, {"p.GIF", 1}, {"f.A", -1}};
-  for (const auto& [name, index] : rows) EXPECT_EQ(_get_pat_idx(name), index) << name;
-  EXPECT_STREQ(_get_pat_cmd("f.a", AS_VIEW), "v");
-  EXPECT_STREQ(_get_pat_cmd("f.a", AS_EDIT), nullptr) << "blanks are no command";
-  EXPECT_STREQ(_get_pat_cmd("p.jpg", AS_OPEN), "o2");
-  EXPECT_STREQ(_get_pat_cmd("p.jpg", AS_VIEW), nullptr) << "a later record's command is not looked for";
-  EXPECT_STREQ(_get_pat_cmd("p.jpg", AS_EDIT), "e2");
+  // Blanks are no command, and a later record's is not looked for.
+  const std::tuple<const char*, int, std::string> rows[] = {
+      {"f.a", 0, "o v -"}, {"p.jpg", 1, "o2 - e2"}, {"p.GIF", 1, "o2 - e2"}, {"f.A", -1, "- - -"}};
+  for (const auto& [name, index, commands] : rows) {
+    const auto command = [name = name](int selector) {
+      const char* found = _get_pat_cmd(name, selector);
+      return std::string(found ? found : "-");
+    };
+    EXPECT_EQ(_get_pat_idx(name), index) << name;
+    EXPECT_EQ(command(AS_OPEN) + " " + command(AS_VIEW) + " " + command(AS_EDIT), commands) << name;
+  }
 }
 
 TEST(Associations, OpenRunsEveryMatchOrTheFileItself) {
@@ -93,7 +95,6 @@ TEST(Associations, NoNameIsExecuted) {
     programs.clear();
     as_open(name.c_str(), 0100644);
     EXPECT_EQ(programs.calls_of("kored", 1)[0], (Call{"kored", as_received(name)}));
-    programs.clear();
     std::string type;
     EXPECT_EQ(as_get_filetype(name.c_str(), 0100644, &type), 1);
     EXPECT_EQ(programs.calls_of("file", 1)[0],

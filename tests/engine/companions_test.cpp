@@ -3,7 +3,6 @@
 #include "tests/support/shown_dir.h"
 #include "tests/support/stand_ins.h"
 
-namespace {
 using Call = StandIns::Call;
 
 struct Companions : testing::Test {
@@ -19,8 +18,6 @@ struct Companions : testing::Test {
     return run_shell(command + " 2>&1 </dev/null", &output);
   }
 };
-}  // namespace
-
 TEST_F(Companions, KeepsTheWindowOpenWithTheCommandUntouched) {
   programs.add_running_terminal();
   programs.add("tool", "exit 3");
@@ -49,11 +46,7 @@ TEST_F(Companions, TheEditorIsTheUsersOwn) {
   programs.add_running_terminal();
   for (const char* editor : {"vim", "nano", "less", "gedit"}) programs.add(editor);
   for (const char* name : {"a.txt", "it's", "both's", "both\\047s"}) dir.add(name);
-  const struct {
-    const char *visual, *editor;
-    std::vector<std::string> arguments;
-    Call call;
-  } rows[] = {
+  const std::tuple<const char*, const char*, std::vector<std::string>, Call> rows[] = {
       {"vim -n", "nano", {"a.txt", "b c"}, {"vim", "-n", "a.txt", "b c"}},
       {"vim -n", "", {"-r", "a.txt"}, {"vim", "-n", "-R", "a.txt"}},
       {"", "nano", {"-r", "a.txt"}, {"nano", "-v", "a.txt"}},
@@ -63,11 +56,11 @@ TEST_F(Companions, TheEditorIsTheUsersOwn) {
       {"vim", "", {"it\\047s"}, {"vim", "it's"}},
       {"vim", "", {"both\\047s"}, {"vim", "both\\047s"}},
   };
-  for (const auto& row : rows) {
-    setenv("VISUAL", row.visual, 1);
-    setenv("EDITOR", row.editor, 1);
-    run("kored", row.arguments);
-    EXPECT_EQ(programs.calls_of(row.call[0], 1)[0], row.call);
+  for (const auto& [visual, editor, arguments, call] : rows) {
+    setenv("VISUAL", visual, 1);
+    setenv("EDITOR", editor, 1);
+    run("kored", arguments);
+    EXPECT_EQ(programs.calls_of(call[0], 1)[0], call);
   }
   unsetenv("VISUAL");
   unsetenv("DISPLAY");

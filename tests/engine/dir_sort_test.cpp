@@ -6,7 +6,6 @@
 #include "core/state.h"
 #include "tests/support/shown_dir.h"
 
-namespace {
 struct SortRecord : DirRecord {
   ~SortRecord() { dir_free(this); }
   std::string order(dir_compare compare, int ascending) {
@@ -16,20 +15,15 @@ struct SortRecord : DirRecord {
     return all;
   }
 };
-}  // namespace
-
 TEST(DirSort, NamesOfDigitsAreNumbers) {
   const std::string big = "99999999999999999999", bigger = "100000000000000000000";
-  const struct {
-    std::string a, b;
-    int sign;
-  } rows[] = {{"9", "10", -1},   {"10", "abc", -1},     {"file9", "file10", 1}, {"B", "abc", -1},
-              {big, bigger, -1}, {"007", "7", 0},       {"", "1", -1},          {"a", "\xff", -1},
-              {"-1", "1", -1},   {"2147483648", "0", 1}};
+  const std::tuple<std::string, std::string, int> rows[] = {
+      {"9", "10", -1}, {"10", "abc", -1}, {"file9", "file10", 1}, {"B", "abc", -1}, {big, bigger, -1},
+      {"007", "7", 0}, {"", "1", -1},     {"a", "\xff", -1},      {"-1", "1", -1},  {"2147483648", "0", 1}};
   const auto sign = [](int value) { return (value > 0) - (value < 0); };
-  for (const auto& row : rows) {
-    EXPECT_EQ(sign(dir_compare_names(row.a.c_str(), row.b.c_str())), row.sign) << row.a << " " << row.b;
-    EXPECT_EQ(sign(dir_compare_names(row.b.c_str(), row.a.c_str())), -row.sign) << row.a << " " << row.b;
+  for (const auto& [a, b, expected] : rows) {
+    EXPECT_EQ(sign(dir_compare_names(a.c_str(), b.c_str())), expected) << a << " " << b;
+    EXPECT_EQ(sign(dir_compare_names(b.c_str(), a.c_str())), -expected) << a << " " << b;
   }
 }
 
@@ -72,34 +66,29 @@ TEST(DirSort, SizesComeOutInOrderInBothDirections) {
 
 TEST(DirSort, ColumnsSortBothWaysAndTiesByName) {
   SortRecord record;
-  const struct {
-    const char *name, *link;
-    int64_t time;
-    uid_t id;  // root's name stands behind any number
-    mode_t mode;
-  } entries[] = {{"c", "", -5, 0, S_IFREG | 0644},
-                 {"e", "m", 3000000000, 4000000000, S_IFDIR | 0755},
-                 {"b", "z", 0, 70000, S_IFREG | 0600},
-                 {"d", "m", 0, 0, S_IFREG | 0644},
-                 {"a", "", 7, 4000000000, S_IFREG | 0600}};
-  for (const auto& entry : entries) {
-    DirEntry* added = record_add(&record, entry.name, 0, entry.mode);
-    added->st.st_mtime = entry.time;
-    added->st.st_uid = added->st.st_gid = entry.id;
-    if (!*entry.link) continue;
+  // Root's name stands behind any number.
+  const std::tuple<const char*, const char*, int64_t, uid_t, mode_t> entries[] = {
+      {"c", "", -5, 0, S_IFREG | 0644},
+      {"e", "m", 3000000000, 4000000000, S_IFDIR | 0755},
+      {"b", "z", 0, 70000, S_IFREG | 0600},
+      {"d", "m", 0, 0, S_IFREG | 0644},
+      {"a", "", 7, 4000000000, S_IFREG | 0600}};
+  for (const auto& [name, link, time, id, mode] : entries) {
+    DirEntry* added = record_add(&record, name, 0, mode);
+    added->st.st_mtime = time;
+    added->st.st_uid = added->st.st_gid = id;
+    if (!*link) continue;
     added->flags = ENTRY_INFO;
-    dir_set_info(added, entry.link);
+    dir_set_info(added, link);
   }
-  const struct {
-    dir_compare column;
-    const char *up, *down;
-  } rows[] = {{dir_cmp_date, "c b d a e ", "e a d b c "},
-              {dir_cmp_permissions, "e a b c d ", "d c b a e "},
-              {dir_cmp_user, "a e b c d ", "d c b e a "},
-              {dir_cmp_group, "a e b c d ", "d c b e a "},
-              {dir_cmp_link, "d e b a c ", "c a b e d "}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(record.order(row.column, 1), row.up);
-    EXPECT_EQ(record.order(row.column, 0), row.down);
+  const std::tuple<dir_compare, const char*, const char*> rows[] = {
+      {dir_cmp_date, "c b d a e ", "e a d b c "},
+      {dir_cmp_permissions, "e a b c d ", "d c b a e "},
+      {dir_cmp_user, "a e b c d ", "d c b e a "},
+      {dir_cmp_group, "a e b c d ", "d c b e a "},
+      {dir_cmp_link, "d e b a c ", "c a b e d "}};
+  for (const auto& [column, up, down] : rows) {
+    EXPECT_EQ(record.order(column, 1), up);
+    EXPECT_EQ(record.order(column, 0), down);
   }
 }

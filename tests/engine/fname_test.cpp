@@ -2,13 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <string>
 #include <thread>
 
 #include "core/state.h"
 
-namespace {
 // Sets mode and character set for one test, and back.
 struct Encoding {
   explicit Encoding(uint32_t mode, const char* charset = "") {
@@ -21,14 +18,9 @@ struct Encoding {
   }
   static void set(uint32_t mode) { gConfig->flags = (gConfig->flags & ~SET_ENC_MASK) | mode; }
 };
-}  // namespace
-
 TEST(Fname, DecodesByMode) {
-  const struct {
-    uint32_t mode;
-    const char *charset, *name, *shown;  // shown null: the very argument
-    int count;
-  } rows[] = {
+  // Shown null: the very argument.
+  const std::tuple<uint32_t, const char*, const char*, const char*, int> rows[] = {
       {0, "", "caf\xc3\xa9", nullptr, 0},
       {0, "", "a\xff.", "?a?.", 1},
       {0, "", "\xc3", "??", 1},
@@ -44,32 +36,30 @@ TEST(Fname, DecodesByMode) {
       {SET_ENC_ALTERNATE, "SHIFT_JIS", "a\xff/b", "?a??b", 2},
       {SET_ENC_UTF8_ALTERNATE, "EUC-JP", "\xa4\xa2\xff", "?\xe3\x81\x82?", 1},
   };
-  for (const auto& row : rows) {
-    Encoding encoding(row.mode, row.charset);
+  for (const auto& [mode, charset, name, shown, replaced] : rows) {
+    Encoding encoding(mode, charset);
     int count = -1;
-    const char* shown = fname_decode(row.name, &count);
-    EXPECT_STREQ(shown, row.shown ? row.shown : row.name) << row.mode << row.charset;
-    EXPECT_TRUE(row.shown || shown == row.name) << row.mode << row.charset;
-    EXPECT_EQ(count, row.count) << row.mode << row.charset << " " << row.name;
+    const char* decoded = fname_decode(name, &count);
+    EXPECT_STREQ(decoded, shown ? shown : name) << mode << charset;
+    EXPECT_TRUE(shown || decoded == name) << mode << charset;
+    EXPECT_EQ(count, replaced) << mode << charset << " " << name;
   }
 }
 
 TEST(Fname, EncodesOnlyWhereItIsAskedTo) {
   const char* cafe = "caf\xc3\xa9";
-  const struct {
-    uint32_t mode;
-    const char *charset, *text, *disk;  // disk equal to text: the very argument; null: refused
-  } rows[] = {
+  // Disk equal to text: the very argument; null: refused.
+  const std::tuple<uint32_t, const char*, const char*, const char*> rows[] = {
       {0, "ISO-8859-1", cafe, cafe},
       {SET_ENC_UTF8_ALTERNATE, "ISO-8859-1", cafe, cafe},
       {SET_ENC_ALTERNATE, "ISO-8859-1", cafe, "caf\xe9"},
       {SET_ENC_ALTERNATE, "ISO-8859-1", "\xe3\x81\x82", nullptr},
       {SET_ENC_ALTERNATE, "UTF-16LE", "ab", nullptr},
   };
-  for (const auto& row : rows) {
-    Encoding encoding(row.mode, row.charset);
-    EXPECT_STREQ(fname_encode(row.text), row.disk) << row.mode << row.charset;
-    EXPECT_TRUE(row.disk != row.text || fname_encode(row.text) == row.text) << row.mode << row.charset;
+  for (const auto& [mode, charset, text, disk] : rows) {
+    Encoding encoding(mode, charset);
+    EXPECT_STREQ(fname_encode(text), disk) << mode << charset;
+    EXPECT_TRUE(disk != text || fname_encode(text) == text) << mode << charset;
   }
   Encoding encoding(SET_ENC_ALTERNATE, "ISO-8859-1");
   for (int byte = 1; byte < 256; ++byte) {

@@ -16,12 +16,7 @@ TEST(FopParts, TimeLeftFollowsTheRateAndReadsAsText) {
 }
 
 TEST(FopParts, FlagsFollowTheSettings) {
-  const struct {
-    int kind;
-    uint32_t settings;
-    bool several;
-    uint32_t flags;
-  } rows[] = {
+  const std::tuple<int, uint32_t, bool, uint32_t> rows[] = {
       {FOP_COPY, SET_OVERWRITE | SET_SYM_SYMLINKS | SET_RM1_NO_PROMPT | SET_RM_I_PROMPT, true,
        FOP_OVERWRITE_ALL | FOP_COPY_LINKS},
       {FOP_MOVE, SET_SYM_FILES, false, FOP_FOLLOW_LINKS},
@@ -30,6 +25,6 @@ TEST(FopParts, FlagsFollowTheSettings) {
       {FOP_DELETE, SET_RM_I_PROMPT_NOWR | SET_RM1_NO_PROMPT, true, 0},
       {FOP_DELETE, SET_RM_I_PROMPT | SET_RM1_NO_PROMPT, false, FOP_DELETE_ALL},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(fop_derive_flags(row.kind, row.settings, row.several), row.flags) << std::hex << row.settings;
+  for (const auto& [kind, settings, several, flags] : rows)
+    EXPECT_EQ(fop_derive_flags(kind, settings, several), flags) << std::hex << settings;
 }

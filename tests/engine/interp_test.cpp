@@ -5,7 +5,6 @@
 #include "tests/support/shown_dir.h"
 #include "views/find.h"
 
-namespace {
 // A list of names in gDir, with the interpreter attached to it as the window does.
 struct Interp : testing::Test {
   ShownDir dir;
@@ -42,14 +41,8 @@ struct Interp : testing::Test {
     return result;
   }
 };
-}  // namespace
-
 TEST_F(Interp, KeysModesAndWhatTheyFind) {
-  const struct {
-    const char* keys;
-    int result;
-    const char *current, *echo, *opened;
-  } rows[] = {
+  const std::tuple<const char*, int, const char*, const char*, const char*> rows[] = {
       {"rea\b", 1, "rebuild", "/re", ""},   {"re\b\b", 1, "none", "/", ""},
       {"re\b\b\b", -1, "none", "", ""},     {"rea\x1b", -1, "readme", "", ""},
       {"R", 1, "Rest", "/R", ""},           {"*.c", 1, "z.c", "/*.c", ""},
@@ -61,14 +54,12 @@ TEST_F(Interp, KeysModesAndWhatTheyFind) {
       {"r~{|}", 0, "rebuild", "/r", ""},    {"\r", 0, "unsearched", "", ""},
       {"\x1b", 0, "unsearched", "", ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [keys, result, found, echoed, opens] : rows) {
     interp_clear();
     current = -3;
     opened.clear();
-    EXPECT_EQ(type(row.keys), row.result) << row.keys;
-    EXPECT_EQ(name_of(current), row.current) << row.keys;
-    EXPECT_EQ(echo, row.echo) << row.keys;
-    EXPECT_EQ(opened, row.opened) << row.keys;
+    EXPECT_EQ(type(keys), result) << keys;
+    EXPECT_EQ(name_of(current) + "|" + echo + "|" + opened, std::string(found) + "|" + echoed + "|" + opens);
   }
 }
 

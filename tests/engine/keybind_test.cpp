@@ -2,11 +2,10 @@
 
 #include "tests/support/temp_dir.h"
 
-namespace {
-int first(void*, void* data, const KeyEvent*) {
+static int first(void*, void* data, const KeyEvent*) {
   return *static_cast<int*>(data) += 1;
 }
-int second(void*, void* data, const KeyEvent*) {
+static int second(void*, void* data, const KeyEvent*) {
   return *static_cast<int*>(data) += 10;
 }
 
@@ -24,8 +23,6 @@ struct Keybind : testing::Test {
     return text;
   }
 };
-}  // namespace
-
 TEST_F(Keybind, AKeyCallsEveryCallbackOfItsAction) {
   for (ac_callback callback : {first, second, first}) ac_register("open", callback);
   ac_link_widget(&list, "filelist");

@@ -21,10 +21,8 @@ TEST(NewItem, RefusesWithItsMessage) {
   TempDir dir;
   dir.shell("printf kept >file && mkdir folder && ln -s nowhere dangling");
   const std::string exists = "' already exists";
-  const struct {
-    int kind;
-    std::string typed, message, shown;  // shown: the entry gone to after the list was read again
-  } rows[] = {
+  // Shown is the entry gone to after the list was read again.
+  const std::tuple<int, std::string, std::string, std::string> rows[] = {
       {1, "", "", ""},
       {0, std::string(255, 'n'), "Name too long!", ""},
       {1, "file", "File or directory 'file" + exists, ""},
@@ -33,11 +31,10 @@ TEST(NewItem, RefusesWithItsMessage) {
       {1, "missing/x", "Unable to create file 'missing/x'\n", "missing/x"},
       {0, "missing/x", "Unable to create directory 'missing/x'", ""},
   };
-  for (const auto& row : rows) {
-    const NewItemResult result = new_item_create(row.kind, dir.path(), row.typed);
-    EXPECT_EQ(result.message, row.message) << row.typed;
-    EXPECT_EQ(result.name, row.shown) << row.typed;
-    EXPECT_FALSE(result.created) << row.typed;
+  for (const auto& [kind, typed, message, shown] : rows) {
+    const NewItemResult result = new_item_create(kind, dir.path(), typed);
+    EXPECT_EQ(result.message + "|" + result.name, message + "|" + shown) << typed;
+    EXPECT_FALSE(result.created) << typed;
   }
   EXPECT_EQ(dir.listing() + read_file(dir / "file"), "dangling file folder kept");
 }

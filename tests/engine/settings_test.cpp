@@ -7,8 +7,7 @@
 #include "core/state.h"
 #include "tests/support/temp_dir.h"
 
-namespace {
-std::string record_bytes(uint32_t flags) {
+static std::string record_bytes(uint32_t flags) {
   Settings record;
   settings_defaults(&record);
   record.flags = flags;
@@ -16,22 +15,14 @@ std::string record_bytes(uint32_t flags) {
   return std::string(reinterpret_cast<char*>(&record), sizeof record);
 }
 
-std::string history_texts(const History* history) {
+static std::string history_texts(const History* history) {
   std::string all;
   for (int i = 1; i <= history->count; ++i) all += std::string(cl_get(history, i)) + "|";
   return all;
 }
-}  // namespace
-
 TEST(Settings, LoadsKeepsOrMigratesTheRecord) {
   const std::string kept = record_bytes(0xff000000u | SET_RM_NO_PROMPT);
-  const struct {
-    const char* what;
-    std::string bytes;
-    uint32_t flags;
-    int32_t width;
-    bool apply_charset, dots;
-  } rows[] = {
+  const std::tuple<const char*, std::string, uint32_t, int32_t, bool, bool> rows[] = {
       {"missing", "", 0x925, 600, true, false},
       {"short", kept.substr(0, 5691), 0x925, 600, true, false},
       {"this version", kept, 0xff000200u, 777, true, true},
@@ -40,16 +31,16 @@ TEST(Settings, LoadsKeepsOrMigratesTheRecord) {
       {"half marked", record_bytes(0x7f000010), 0x925, 777, true, false},
       {"no text ends", std::string(5692, '\xff'), 0xffffffff, -1, true, false},
   };
-  for (const auto& row : rows) {
+  for (const auto& [what, bytes, flags, width, apply_charset, dots] : rows) {
     TempDir dir;
-    if (!row.bytes.empty()) write_file(dir / "config.003", row.bytes);
+    if (!bytes.empty()) write_file(dir / "config.003", bytes);
     gOptions = OPT_INITIAL;
     Settings record;
-    EXPECT_EQ(settings_load(&record, dir.path().c_str(), "config.003"), row.apply_charset) << row.what;
-    EXPECT_EQ(record.flags, row.flags) << row.what;
-    EXPECT_EQ(record.window_width, row.width) << row.what;
-    EXPECT_LT(strlen(record.list_font), sizeof record.list_font) << row.what;
-    EXPECT_EQ((gOptions & OPT_DOT_PAIR) == OPT_DOT_PAIR, row.dots) << row.what;
+    EXPECT_EQ(settings_load(&record, dir.path().c_str(), "config.003"), apply_charset) << what;
+    EXPECT_EQ(record.flags, flags) << what;
+    EXPECT_EQ(record.window_width, width) << what;
+    EXPECT_LT(strlen(record.list_font), sizeof record.list_font) << what;
+    EXPECT_EQ((gOptions & OPT_DOT_PAIR) == OPT_DOT_PAIR, dots) << what;
   }
   gOptions = OPT_INITIAL;
 }

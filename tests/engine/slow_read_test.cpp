@@ -7,7 +7,6 @@
 #include "platform/terminal/terminal.h"
 #include "tests/support/slow_mount.h"
 
-namespace {
 constexpr int kForever = 20000;  // ms that a call hangs; nothing here waits for it
 
 struct SlowRead : testing::Test {
@@ -28,13 +27,11 @@ struct SlowRead : testing::Test {
   }
 };
 
-int threads_now() {
+static int threads_now() {
   int count = 0;
   for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) count += task.exists();
   return count;
 }
-}  // namespace
-
 #define MOUNT_OR_SKIP(mode, hang)                  \
   mount.reset();                                   \
   mount = std::make_unique<SlowMount>(mode, hang); \

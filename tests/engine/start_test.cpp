@@ -6,25 +6,22 @@
 #include "tests/support/hostile_tree.h"
 #include "tests/support/temp_dir.h"
 
-namespace {
 using Texts = std::vector<std::string>;
 
 // Calls one of the readers of the command line "zan TEXT...".
-auto with_arguments(auto* reader, Texts texts) {
+static auto with_arguments(auto* reader, Texts texts) {
   texts.insert(texts.begin(), "zan");
   std::vector<char*> pointers;
   for (std::string& text : texts) pointers.push_back(text.data());
   return reader(static_cast<int>(texts.size()), pointers.data());
 }
-std::string start_directory(const Texts& texts) {
+static std::string start_directory(const Texts& texts) {
   with_arguments(state_start_directory, texts);
   return fs_path_is_directory(gStartPath.c_str()) > 0 ? gStartPath : gStartElsewhere;
 }
-CommandLine parsed(const Texts& texts) {
+static CommandLine parsed(const Texts& texts) {
   return with_arguments(command_line_parse, texts);
 }
-}  // namespace
-
 TEST(Start, FindsTheStartDirectory) {
   TempDir dir;
   dir.shell("mkdir docs gone -- -odd && touch file");
@@ -48,11 +45,8 @@ TEST(Start, FindsTheStartDirectory) {
 TEST(Start, FindsOrCreatesTheSettingsDirectory) {
   const std::string create = "ZAN error: unable to create config directory ",
                     access = "ZAN error: unable to access config directory ";
-  const struct {
-    const char* prepare;
-    std::string message;  // empty when the directory can be used
-    unsigned mode;
-  } rows[] = {
+  // The message is empty when the directory can be used.
+  const std::tuple<std::string, std::string, unsigned> rows[] = {
       {"mkdir .vr", "", 0700},
       {"mkdir -p -m 755 .vr/zan", "", 0755},
       {"true", create, 0xffff},
@@ -60,19 +54,17 @@ TEST(Start, FindsOrCreatesTheSettingsDirectory) {
       {"mkdir .vr; ln -s nowhere .vr/zan", create, 0777},
   };
   umask(022);
-  for (const auto& row : rows)
+  for (const auto& [prepare, message, mode] : rows)
     for (const bool relative : {false, true}) {
       TempDir dir;
-      dir.shell(std::string("mkdir home && cd home && ") + row.prepare);
+      dir.shell("mkdir home && cd home && " + prepare);
       ASSERT_EQ(chdir(dir.path().c_str()), 0);
       const std::string home = relative ? "home" : dir / "home", path = dir / "home/.vr/zan";
       setenv("HOME", home.c_str(), 1);
       testing::internal::CaptureStderr();
-      const std::string found = state_settings_directory();
-      const std::string message = testing::internal::GetCapturedStderr();
-      EXPECT_EQ(found, row.message.empty() ? path : "") << row.prepare;
-      EXPECT_EQ(message, row.message.empty() ? "" : row.message + home + "/.vr/zan\n") << row.prepare;
-      EXPECT_EQ(mode_of(path), row.mode) << row.prepare;
+      EXPECT_EQ(state_settings_directory(), message.empty() ? path : "") << prepare;
+      EXPECT_EQ(testing::internal::GetCapturedStderr(), message.empty() ? "" : message + home + "/.vr/zan\n");
+      EXPECT_EQ(mode_of(path), mode) << prepare;
     }
 }
 

@@ -7,36 +7,27 @@ TEST(Symlink, StepsByWhatStandsAtTheDestination) {
   dir.shell("printf kept >file && mkdir folder && ln -s 'old target' link");
   const std::string fits(1026 - dir.path().size() - 2, 'x'), elsewhere = other / "y";
   using enum SymlinkStep;
-  const struct {
-    std::string source, destination;
-    SymlinkStep step;
-    const char *title, *text;
-    bool by_path_manager = false, overwrite = false;
-  } rows[] = {
-      {"", "x", NOTHING, "", ""},
-      {"file", "", NOTICE, "Input Error", "Symlink destination name must be entered!"},
-      {"file", "file", NOTICE, "Symlink Error", "'file' exists and is not a symlink.\n"},
+  const std::string error = "Symlink Error|", unable = ": unable to create symlink\nError: ";
+  const std::tuple<std::string, std::string, SymlinkStep, std::string, bool, bool> rows[] = {
+      {"", "x", NOTHING, "|", false, false},
+      {"file", "", NOTICE, "Input Error|Symlink destination name must be entered!", false, false},
+      {"file", "file", NOTICE, error + "'file' exists and is not a symlink.\n", false, false},
       // Between the question and its answer a file took the link's place.
-      {"file", "file", NOTICE, "Symlink Error", "'file' exists and is not a symlink.\n", false, true},
-      {"file", "link", ASK, "Symlink Exists",
-       "The destination symlink exists.\nDo you want to overwrite it ?"},
-      {"file", "link", NOTICE, "Symlink Error",
-       "link: unable to create symlink\nError: Function not implemented\n", true, true},
-      {"file", "no/way", NOTICE, "Symlink Error",
-       "no/way: unable to create symlink\nError: No such file or directory\n"},
+      {"file", "file", NOTICE, error + "'file' exists and is not a symlink.\n", false, true},
+      {"file", "link", ASK, "Symlink Exists|The destination symlink exists.\nDo you want to overwrite it ?",
+       false, false},
+      {"file", "link", NOTICE, error + "link" + unable + "Function not implemented\n", true, true},
+      {"file", "no/way", NOTICE, error + "no/way" + unable + "No such file or directory\n", false, false},
       // A target that does not fit is refused, not cut.
-      {fits + "x", "new", NOTICE, "Symlink Error",
-       "new: unable to create symlink\nError: File name too long\n"},
-      {fits, "new", DONE, "", ""},
-      {"-odd 'name'\n", "odd", DONE, "", ""},
-      {"x", elsewhere, DONE, "", ""},
+      {fits + "x", "new", NOTICE, error + "new" + unable + "File name too long\n", false, false},
+      {fits, "new", DONE, "|", false, false},
+      {"-odd 'name'\n", "odd", DONE, "|", false, false},
+      {"x", elsewhere, DONE, "|", false, false},
   };
-  for (const auto& row : rows) {
-    const SymlinkResult result =
-        symlink_create(dir.path(), row.source, row.destination, row.by_path_manager, row.overwrite);
-    EXPECT_EQ(result.step, row.step) << row.destination;
-    EXPECT_EQ(result.title, row.title) << row.destination;
-    EXPECT_EQ(result.text, row.text) << row.destination;
+  for (const auto& [source, destination, step, told, by_path_manager, overwrite] : rows) {
+    const SymlinkResult result = symlink_create(dir.path(), source, destination, by_path_manager, overwrite);
+    EXPECT_EQ(result.step, step) << destination;
+    EXPECT_EQ(result.title + "|" + result.text, told) << destination;
   }
   EXPECT_EQ(link_target(dir / "new"), dir / fits);
   EXPECT_EQ(link_target(dir / "odd"), dir / "-odd 'name'\n");

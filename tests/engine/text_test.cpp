@@ -3,15 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cstdlib>
 
 TEST(Text, PatternsMatchWholeNames) {
   std::string stars, deep(10000, '['), many_a(255, 'a');
   for (int i = 0; i < 40; ++i) stars += "*a";
   stars += "*b";
-  const struct {
-    const char *pattern, *match, *other;  // null: no such row
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      // null: no such row
       {"read*", "reader", "README"},
       {"*.gz|*.tar", "x.tar", "x.tar.bz2"},
       {"^*.jpg|*.jpeg", "A.JPEG", nullptr},
@@ -29,9 +27,9 @@ TEST(Text, PatternsMatchWholeNames) {
   };
   for (const char* locale : {"C", "C.UTF-8"}) {
     ASSERT_TRUE(setlocale(LC_ALL, locale));
-    for (const auto& row : rows) {
-      EXPECT_TRUE(!row.match || es_strcmp(row.match, row.pattern) == 0) << row.pattern << " " << row.match;
-      EXPECT_TRUE(!row.other || es_strcmp(row.other, row.pattern) != 0) << row.pattern << " " << row.other;
+    for (const auto& [pattern, match, other] : rows) {
+      EXPECT_TRUE(!match || es_strcmp(match, pattern) == 0) << pattern << " " << match;
+      EXPECT_TRUE(!other || es_strcmp(other, pattern) != 0) << pattern << " " << other;
     }
   }
   setlocale(LC_ALL, "C");
@@ -70,15 +68,11 @@ TEST(Text, SizeTexts) {
       {1024000, "1.0MB"},    {2147483647, "2.99483647GB"},
   };
   for (const auto& [size, text] : properties) EXPECT_EQ(es_generate_byte_string(size), text) << size;
-  const struct {
-    int32_t high;
-    uint32_t low;
-    const char* text;
-  } status[] = {
+  const std::tuple<int32_t, uint32_t, const char*> status[] = {
       {0, 1023, "1023 bytes"}, {0, 1048575, "1024.0KB"},      {0, 1048576, "1.0MB"},
       {1, 0, "4096.0MB"},      {-1, 0xfffffffbu, "-5 bytes"},
   };
-  for (const auto& row : status) EXPECT_STREQ(ll2str(row.high, row.low), row.text);
+  for (const auto& [high, low, text] : status) EXPECT_STREQ(ll2str(high, low), text);
   const std::pair<uint64_t, const char*> list[] = {
       {0, "0"}, {1000, "1,000"}, {18446744073709551615u, "18,446,744,073,709,551,615"}};
   for (const auto& [size, text] : list) EXPECT_STREQ(cvt2c(size), text);

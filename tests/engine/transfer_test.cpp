@@ -5,8 +5,7 @@
 #include "fileops/transfer_codec.h"
 #include "fileops/uri_list.h"
 
-namespace {
-std::string described(const std::vector<TransferList>& lists) {
+static std::string described(const std::vector<TransferList>& lists) {
   std::string text;
   for (const TransferList& list : lists) {
     text += list.dir + ":";
@@ -15,18 +14,16 @@ std::string described(const std::vector<TransferList>& lists) {
   }
   return text;
 }
-std::string every_byte() {
+static std::string every_byte() {
   std::string name;
   for (int byte = 1; byte < 256; ++byte)
     if (byte != '/') name.push_back(static_cast<char>(byte));
   return name;
 }
 
-TransferList sample() {
+static TransferList sample() {
   return {"/home/u", {"a", "", "b c", every_byte(), std::string(255, 'x')}, false};
 }
-}  // namespace
-
 TEST(UriList, WritesWhatOtherFileManagersRead) {
   const TransferList list{"/p q", {"a b", "", "100%#?", "\xff\n\xc3\xa9", "it's"}, false};
   EXPECT_EQ(uri_list_encode(list),

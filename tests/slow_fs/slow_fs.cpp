@@ -16,57 +16,48 @@
 #define FUSE_USE_VERSION 312
 #include <fcntl.h>
 #include <fuse.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <string>
 
-namespace {
-std::string sMode;
-int sMilliseconds, sLog;
-std::atomic<int> sAsked[20];  // the first time a name is looked up, later its status is asked for
+static std::string sMode;
+static int sMilliseconds, sLog;
+static std::atomic<int> sAsked[20];  // the first time a name is looked up, later its status is asked for
 
-int hang(bool interruptible) {
+// Takes its time in the one mode, and has the result.
+static int hang_in(const char* mode, int result) {
+  if (sMode != mode) return result;
   (void)!write(sLog, "x", 1);
   for (int waited = 0; waited < sMilliseconds; waited += 5) {
-    if (interruptible && fuse_interrupted()) return -EINTR;
+    if (sMode == "interruptible" && fuse_interrupted()) return -EINTR;
     usleep(5000);
   }
-  return 0;
+  return sMode == "change" ? 0 : result;
 }
 
-int slow_getattr(const char* path, struct stat* status, struct fuse_file_info*) {
-  std::memset(status, 0, sizeof *status);
-  if (std::strcmp(path, "/") == 0) {
-    status->st_mode = S_IFDIR | 0755;
-    status->st_nlink = 2;
-    return sMode == "root" ? hang(false) : 0;
-  }
-  if (std::strncmp(path, "/entry", 6) != 0) return -ENOENT;
-  status->st_mode = S_IFREG | 0644;
-  status->st_nlink = 1;
+static int number_of(const std::string& path) {
+  return path.starts_with("/entry") ? std::stoi("0" + path.substr(6)) % 20 : -1;
+}
+
+static int slow_getattr(const char* path, struct stat* status, struct fuse_file_info*) {
+  const int number = number_of(path);
+  const bool root = path[1] == 0;
+  *status = {};
+  status->st_mode = root ? S_IFDIR | 0755 : S_IFREG | 0644;
+  status->st_nlink = root ? 2 : 1;
+  if (root) return hang_in("root", 0);
+  if (number < 0) return -ENOENT;
   status->st_size = sMode == "faulty" ? 100000 : 5;
   status->st_blocks = status->st_size / 512 + 1;
-  const int number = std::atoi(path + 6) % 20;
   const bool lookup = sAsked[number]++ == 0;
-  if (sMode == "interruptible") return hang(true);
-  return sMode == (lookup ? "lookup" : "status") ? hang(false) : 0;
+  return hang_in(sMode == "interruptible" ? "interruptible" : lookup ? "lookup" : "status", 0);
 }
 
-int slow_open(const char*, struct fuse_file_info* file) {
-  file->direct_io = 1;  // the reader gets what is given here, not pages of it
-  return sMode == "data" ? hang(false) : 0;
-}
-
-int faulty_read(const char* path, char* buffer, size_t size, off_t offset, struct fuse_file_info*) {
-  const int number = std::atoi(path + 6);
+static int faulty_read(const char* path, char* buffer, size_t size, off_t offset, struct fuse_file_info*) {
+  const int number = number_of(path);
   const off_t ends[] = {100000, std::min<off_t>(offset + 777, 100000), 50000, 40000};
   if (number > 3 || (number == 3 && offset >= ends[3])) return -EIO;
   const off_t count = std::clamp<off_t>(ends[number] - offset, 0, static_cast<off_t>(size));
@@ -74,31 +65,15 @@ int faulty_read(const char* path, char* buffer, size_t size, off_t offset, struc
   return static_cast<int>(count);
 }
 
-int slow_opendir(const char*, struct fuse_file_info*) {
-  return sMode == "open" ? hang(false) : 0;
-}
-
-int slow_readdir(const char*, void* buffer, fuse_fill_dir_t fill, off_t, struct fuse_file_info*,
-                 enum fuse_readdir_flags) {
-  if (sMode == "names") hang(false);
-  for (int i = 0; i < 20; ++i) {
-    char name[16];
-    std::snprintf(name, sizeof name, "entry%02d", i);
+static int slow_readdir(const char*, void* buffer, fuse_fill_dir_t fill, off_t, struct fuse_file_info*,
+                        enum fuse_readdir_flags) {
+  for (int i = 0; i < 20; ++i)
     for (int times = sMode == "twice" ? 2 : 1; times > 0; --times)
-      fill(buffer, name, nullptr, 0, static_cast<fuse_fill_dir_flags>(0));
-  }
-  return 0;
+      fill(buffer, ("entry" + std::to_string(100 + i).substr(1)).c_str(), nullptr, 0, {});
+  return hang_in("names", 0);
 }
 
-int slow_mkdir(const char*, mode_t) {
-  return sMode == "change" ? hang(false) : -EROFS;
-}
-
-int slow_rename(const char*, const char*, unsigned) {
-  return sMode == "change" ? hang(false) : -EROFS;
-}
-
-void* slow_init(struct fuse_conn_info* connection, struct fuse_config* config) {
+static void* slow_init(struct fuse_conn_info* connection, struct fuse_config* config) {
   connection->want &= ~(FUSE_CAP_READDIRPLUS | FUSE_CAP_READDIRPLUS_AUTO);
   config->intr = sMode == "interruptible";
   signal(SIGUSR1, [](int) {});  // the library's signal to the thread whose caller was interrupted
@@ -106,7 +81,6 @@ void* slow_init(struct fuse_conn_info* connection, struct fuse_config* config) {
   config->attr_timeout = 0;
   return nullptr;
 }
-}  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 5) return 2;
@@ -114,14 +88,17 @@ int main(int argc, char** argv) {
   sMilliseconds = std::atoi(argv[2]);
   sLog = open(argv[3], O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0644);
   fuse_operations operations = {};
-  operations.getattr = slow_getattr;
-  operations.opendir = slow_opendir;
-  operations.readdir = slow_readdir;
-  operations.open = slow_open;
-  operations.read = faulty_read;
-  operations.mkdir = slow_mkdir;
-  operations.rename = slow_rename;
   operations.init = slow_init;
+  operations.getattr = slow_getattr;
+  operations.readdir = slow_readdir;
+  operations.read = faulty_read;
+  operations.opendir = [](auto...) { return hang_in("open", 0); };
+  operations.mkdir = [](auto...) { return hang_in("change", -EROFS); };
+  operations.rename = [](auto...) { return hang_in("change", -EROFS); };
+  operations.open = [](const char*, struct fuse_file_info* file) {
+    file->direct_io = 1;  // the reader gets what is given here, not pages of it
+    return hang_in("data", 0);
+  };
   // The short way takes a thread count from nowhere in some versions of the library.
   fuse_args arguments = FUSE_ARGS_INIT(1, argv);
   struct fuse* fuse = fuse_new(&arguments, &operations, sizeof operations, nullptr);

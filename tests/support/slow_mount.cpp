@@ -3,9 +3,7 @@
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 SlowMount::SlowMount(const std::string& mode, int hang) : path_(dir_ / "mount") {
   const std::string program = std::string(ZAN_BUILD_BIN) + "/zan_slow_fs";

@@ -1,19 +1,29 @@
 #include "tests/support/stand_ins.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 
 #include "platform/host.h"
 
 std::vector<std::string> hostile_names() {
-  std::vector<std::string> names = {std::string(255, 'n')};
-  for (const char* name :
-       {"$(touch canary)", "`touch canary`", ";touch canary;", "|touch canary&", ">canary",
-        "'$(touch canary)'", "';touch canary;'", "\"$(touch canary)\"", "\";touch canary;\"",
-        "\ntouch canary;#", "-rf", "+!touch canary", "#@%s%n", "\\", "$HOME *", "\xff\x01\x1b[31m\x7f", " "})
-    names.push_back(name);
-  return names;
+  return {std::string(255, 'n'),
+          "$(touch canary)",
+          "`touch canary`",
+          ";touch canary;",
+          "|touch canary&",
+          ">canary",
+          "'$(touch canary)'",
+          "';touch canary;'",
+          "\"$(touch canary)\"",
+          "\";touch canary;\"",
+          "\ntouch canary;#",
+          "-rf",
+          "+!touch canary",
+          "#@%s%n",
+          "\\",
+          "$HOME *",
+          "\xff\x01\x1b[31m\x7f",
+          " "};
 }
 
 std::string as_received(std::string name) {
@@ -22,17 +32,17 @@ std::string as_received(std::string name) {
 }
 
 StandIns::StandIns() {
-  const std::pair<const char*, std::string> wanted[] = {
-      {"PATH", dir_ / "bin" + ":" + getenv("PATH")}, {"TERMINAL", "terminal"}, {"DISPLAY", ":stand-in"}};
+  dir_.shell("mkdir bin log tools");
+  const std::string path = dir_ / "bin" + ":" + getenv("PATH");
   for (const char* name :
        {"PATH", "TERMINAL", "DISPLAY", "WAYLAND_DISPLAY", "VISUAL", "EDITOR", "PAGER", "BROWSER"}) {
     const char* value = getenv(name);
     environment_.emplace_back(name, value ? value : "");
-    if (std::string(name) != "PATH") unsetenv(name);
+    unsetenv(name);
   }
-  for (const auto& [name, value] : wanted) setenv(name, value.c_str(), 1);
-  std::filesystem::create_directory(dir_ / "bin");
-  std::filesystem::create_directory(dir_ / "log");
+  setenv("PATH", path.c_str(), 1);
+  setenv("TERMINAL", "terminal", 1);
+  setenv("DISPLAY", ":stand-in", 1);
   host_extend_path();
 }
 
@@ -43,43 +53,33 @@ StandIns::~StandIns() {
 
 void StandIns::add(const std::string& name, const std::string& then) {
   // A call is either not there or complete.
-  const std::string log = dir_ / "log";
   write_file(dir_ / ("bin/" + name),
-             "#!/bin/sh\n"
-             "at=$(date +%s%N).$$\n"
-             "{ printf '%s\\0' '" +
-                 name + "' \"$@\"; } > '" + log + "'/.$at && mv '" + log + "'/.$at '" + log + "'/$at\n" +
-                 then + "\n",
+             "#!/bin/sh\nat=$(date +%s%N).$$\nlog='" + dir_ / "log" + "'\n" + "{ printf '%s\\0' '" + name +
+                 "' \"$@\"; } > \"$log/.$at\" && mv \"$log/.$at\" \"$log/$at\"\n" + then + "\n",
              0755);
 }
 
 void StandIns::hide_other_programs() {
-  std::filesystem::create_directory(dir_ / "tools");
-  for (const char* tool : {"sh", "date", "mv", "cat", "touch"})
-    std::filesystem::create_symlink(pathfind_r("/usr/bin:/bin", tool), dir_ / ("tools/" + std::string(tool)));
-  setenv("PATH", (dir_ / "bin" + ":" + (dir_ / "tools")).c_str(), 1);
+  dir_.shell(
+      "ln -s $(command -v sh) $(command -v date) $(command -v mv) $(command -v cat) $(command -v touch) "
+      "tools");
+  setenv("PATH", (dir_ / "bin" + ":" + dir_ / "tools").c_str(), 1);
   host_extend_path();
-}
-
-std::vector<StandIns::Call> StandIns::read_calls() const {
-  std::vector<std::string> files;
-  for (const auto& file : std::filesystem::directory_iterator(dir_ / "log"))
-    if (!file.path().filename().string().starts_with('.')) files.push_back(file.path());
-  std::sort(files.begin(), files.end());
-  std::vector<Call> calls;
-  for (const std::string& file : files) {
-    const std::string text = read_file(file);
-    Call call;
-    for (size_t at = 0; at < text.size(); at = text.find('\0', at) + 1) call.push_back(text.c_str() + at);
-    calls.push_back(call);
-  }
-  return calls;
 }
 
 std::vector<StandIns::Call> StandIns::calls_of(const std::string& name, size_t count) {
   for (int i = 0; i < 6000; ++i, usleep(10000)) {
-    std::vector<Call> calls = read_calls();
-    std::erase_if(calls, [&](const Call& call) { return !name.empty() && call[0] != name; });
+    std::vector<std::string> files;
+    for (const auto& file : std::filesystem::directory_iterator(dir_ / "log"))
+      if (!file.path().filename().string().starts_with('.')) files.push_back(file.path());
+    std::sort(files.begin(), files.end());
+    std::vector<Call> calls;
+    for (const std::string& file : files) {
+      const std::string text = read_file(file);
+      Call call;
+      for (size_t at = 0; at < text.size(); at = text.find('\0', at) + 1) call.push_back(text.c_str() + at);
+      if (name.empty() || call[0] == name) calls.push_back(call);
+    }
     if (calls.size() >= count) return calls;
   }
   ADD_FAILURE() << name << " was never called";

@@ -34,7 +34,6 @@ class StandIns {
   void clear() { dir_.shell("/bin/rm -f log/*"); }  // forgets the calls so far
 
  private:
-  std::vector<Call> read_calls() const;
   TempDir dir_;
   std::vector<std::pair<std::string, std::string>> environment_;  // as it was
 };

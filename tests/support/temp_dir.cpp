@@ -3,14 +3,12 @@
 #include <sys/wait.h>
 
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
-TempDir::TempDir() {
-  std::string name = std::filesystem::temp_directory_path().string() + "/zan-test-XXXXXX";
+TempDir::TempDir(const char* place) {
+  const bool there = std::filesystem::is_directory(place);
+  std::string name = (there ? place : std::filesystem::temp_directory_path().string()) + "/zan-test-XXXXXX";
   if (!mkdtemp(name.data())) std::abort();
   path_ = std::filesystem::canonical(name).string();
 }
@@ -36,9 +34,8 @@ void write_file(const std::string& path, const std::string& text, unsigned mode)
 }
 
 std::string read_file(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 bool comes_to_hold(const std::string& path, const std::string& text) {
@@ -48,8 +45,7 @@ bool comes_to_hold(const std::string& path, const std::string& text) {
 }
 
 bool path_exists(const std::string& path) {
-  struct stat status;
-  return lstat(path.c_str(), &status) == 0;
+  return mode_of(path) != 0xffff;
 }
 
 unsigned mode_of(const std::string& path) {
@@ -59,8 +55,7 @@ unsigned mode_of(const std::string& path) {
 
 std::string link_target(const std::string& path) {
   char text[4096];
-  const ssize_t length = readlink(path.c_str(), text, sizeof text);
-  return length < 0 ? "" : std::string(text, static_cast<size_t>(length));
+  return std::string(text, std::max<ssize_t>(readlink(path.c_str(), text, sizeof text), 0));
 }
 
 int run_shell(const std::string& command, std::string* output) {
@@ -69,8 +64,7 @@ int run_shell(const std::string& command, std::string* output) {
   FILE* pipe = popen(command.c_str(), "r");
   if (!pipe) return -1;
   std::string text;
-  char block[4096];
-  for (size_t got; (got = fread(block, 1, sizeof block, pipe)) > 0;) text.append(block, got);
+  for (int byte; (byte = getc(pipe)) != EOF;) text.push_back(static_cast<char>(byte));
   const int status = pclose(pipe);
   std::signal(SIGCHLD, before);
   if (output) *output = text;

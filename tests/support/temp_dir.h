@@ -10,7 +10,7 @@
 
 class TempDir {
  public:
-  TempDir();
+  explicit TempDir(const char* place = "");  // in that directory, where it is one
   ~TempDir();
   TempDir(const TempDir&) = delete;
 
