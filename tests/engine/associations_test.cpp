@@ -30,8 +30,7 @@ TEST(Associations, ReadsWhatStandsInTheFile) {
       {"# no\n*.a\to\n#no\n*.b\t\tv\n", "*.a\to\t\t\n*.b\t\tv\t\n"},
       {std::string("*.a\to\0lost\tv\n", 12), "*.a\to\t\t\n"},
       // 1023 bytes are one reading; what follows is a line of its own.
-      {"*.a\to" + fill + "\t\tb\tp\n", "*.a\to" + fill + "\t\t\nb\tp\t\t\n"},
-  };
+      {"*.a\to" + fill + "\t\tb\tp\n", "*.a\to" + fill + "\t\t\nb\tp\t\t\n"}};
   for (const auto& [text, table] : rows) {
     read_text(text);
     EXPECT_EQ(table_text(), table) << text;
@@ -113,10 +112,11 @@ TEST(Associations, FileTypeFallsBackOnTheMode) {
   const ShownDir dir;
   StandIns programs;
   programs.add("file", "exit 0");
-  const std::pair<mode_t, std::string> rows[] = {
-      {0x41ff, "Directory"},    {0xA1ff, "Symbolic Link"}, {0x81c0, "Executable"},
-      {0x8180, "Regular File"}, {0x9000, "as it was"},
-  };
+  const std::pair<mode_t, std::string> rows[] = {{0x41ff, "Directory"},
+                                                 {0xA1ff, "Symbolic Link"},
+                                                 {0x81c0, "Executable"},
+                                                 {0x8180, "Regular File"},
+                                                 {0x9000, "as it was"}};
   for (const auto& [mode, expected] : rows) {
     std::string text = "as it was";
     EXPECT_EQ(as_get_filetype("x", mode, &text), expected != "as it was") << std::hex << mode;

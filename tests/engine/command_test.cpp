@@ -23,8 +23,7 @@ TEST(Command, ExpandsTemplates) {
       {"kored @", {"a", "b"}, "kored 'a' 'b' "}, {"lpr", {"x"}, "lpr 'x' "},
       {"cp '@' /tmp", {"x"}, "cp 'x'  /tmp"},    {"cp '@\" /tmp'", {"x"}, "cp ''x' \" /tmp'"},
       {"view @", {"it's"}, "view 'it\\047s' "},  {"mail\\@host @", {"x"}, "mail@host 'x' "},
-      {"a\\b\\\\@ @", {"x"}, "a\\b\\@ 'x' "},    {"diff @ @", {"a", "b"}, "diff 'a' 'b'  'a' 'b' "},
-  };
+      {"a\\b\\\\@ @", {"x"}, "a\\b\\@ 'x' "},    {"diff @ @", {"a", "b"}, "diff 'a' 'b'  'a' 'b' "}};
   for (const auto& [text, names, command] : rows) {
     std::string expanded;
     EXPECT_TRUE(command_expand(text, names, &expanded)) << text;
@@ -127,8 +126,7 @@ TEST(Command, FileCommandTakesTheSelectionOrRefuses) {
       {"a", {"a"}, "sub", nullptr},
       {nullptr, {"a", "b"}, "a", "kored 'b' 'a' "},  // in listing order
       {"other", {"a", "b"}, "a", "kored 'other' "},
-      {"a", {"a", "b"}, "sub", "kored 'a' "},
-  };
+      {"a", {"a", "b"}, "sub", "kored 'a' "}};
   for (const auto& [name, selected, current, command] : rows) {
     dir.select(selected);
     dir.make_current(current);

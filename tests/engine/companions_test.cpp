@@ -54,8 +54,7 @@ TEST_F(Companions, TheEditorIsTheUsersOwn) {
       {"kored", "no-such-editor", {"a.txt"}, {"gedit", "a.txt"}},
       {"vim", "", {"-rf", "+!touch canary"}, {"vim", "./-rf", "./+!touch canary"}},
       {"vim", "", {"it\\047s"}, {"vim", "it's"}},
-      {"vim", "", {"both\\047s"}, {"vim", "both\\047s"}},
-  };
+      {"vim", "", {"both\\047s"}, {"vim", "both\\047s"}}};
   for (const auto& [visual, editor, arguments, call] : rows) {
     setenv("VISUAL", visual, 1);
     setenv("EDITOR", editor, 1);
@@ -98,8 +97,7 @@ TEST_F(Companions, SayWhatIsMissing) {
       {"kored", "kored: no text editor found"},
       {"imgshow", "imgshow: no image viewer found"},
       {"roamer", "roamer: no web browser found"},
-      {"corescan", "corescan: neither gdb nor eu-stack found"},
-  };
+      {"corescan", "corescan: neither gdb nor eu-stack found"}};
   programs.add("xmessage");
   for (const auto& [name, says] : rows) {
     EXPECT_NE(run(name, {"-e", "x"}), 0);

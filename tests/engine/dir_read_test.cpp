@@ -37,8 +37,7 @@ TEST_F(DirRead, ListsAHostileDirectoryWithoutLoss) {
       {"to-tree", ENTRY_INFO, "tree", S_IFDIR},
       {"long-link", ENTRY_INFO | ENTRY_UNREAD, std::string(1023, 'x'), S_IFLNK},
       {"fifo", 0, "", S_IFIFO},
-      {"mode-000", 0, "", S_IFREG},
-  };
+      {"mode-000", 0, "", S_IFREG}};
   for (int times = 0; times < 2; ++times) {  // the second time with recycled records
     ASSERT_EQ(read(), 0);
     ASSERT_EQ(names(), hostile);
@@ -62,8 +61,7 @@ TEST_F(DirRead, AppliesFilterAndDotRule) {
   const std::tuple<const char*, uint32_t, Names> rows[] = {
       {"*", 0, {".c.c", ".dot", "a.c", "b.h", "sub", "to-sub", "to-x.c", "x"}},
       {"*.c", SET_HIDE_DOT, {"a.c", "sub", "to-sub", "to-x.c"}},
-      {"^*.C|X", 0, {".c.c", ".dot", "a.c", "sub", "to-sub", "to-x.c", "x"}},
-  };
+      {"^*.C|X", 0, {".c.c", ".dot", "a.c", "sub", "to-sub", "to-x.c", "x"}}};
   for (const auto& [filter, hide, shown] : rows) {
     gConfig->flags = (gConfig->flags & ~SET_HIDE_DOT) | hide;
     record.filespec = filter;

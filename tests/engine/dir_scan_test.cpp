@@ -51,8 +51,7 @@ TEST(DirScan, ListsSubdirectoriesInTheMenusOrder) {
       {DIR_SCAN_HIDE_DOT, {"2", "10", "B", "a", "link", "sp ace", raw}, "0011100"},
       {DIR_SCAN_HIDE_DOT | DIR_SCAN_BYTE_ORDER | DIR_SCAN_NAMES,
        {"10", "2", "B", "a", "link", "sp ace", raw},
-       ""},
-  };
+       ""}};
   for (const auto& [flags, names, has] : rows) {
     Scanned out(dir / "", flags);
     EXPECT_EQ(out.wait().names, names) << flags;

@@ -34,8 +34,7 @@ TEST(Fname, DecodesByMode) {
       {SET_ENC_ALTERNATE, "ISO-8859-1", "caf\xc3\xa9", "caf\xc3\x83\xc2\xa9", 0},
       {SET_ENC_ALTERNATE, "no-such-set", "caf\xe9", nullptr, 0},
       {SET_ENC_ALTERNATE, "SHIFT_JIS", "a\xff/b", "?a??b", 2},
-      {SET_ENC_UTF8_ALTERNATE, "EUC-JP", "\xa4\xa2\xff", "?\xe3\x81\x82?", 1},
-  };
+      {SET_ENC_UTF8_ALTERNATE, "EUC-JP", "\xa4\xa2\xff", "?\xe3\x81\x82?", 1}};
   for (const auto& [mode, charset, name, shown, replaced] : rows) {
     Encoding encoding(mode, charset);
     int count = -1;
@@ -54,8 +53,7 @@ TEST(Fname, EncodesOnlyWhereItIsAskedTo) {
       {SET_ENC_UTF8_ALTERNATE, "ISO-8859-1", cafe, cafe},
       {SET_ENC_ALTERNATE, "ISO-8859-1", cafe, "caf\xe9"},
       {SET_ENC_ALTERNATE, "ISO-8859-1", "\xe3\x81\x82", nullptr},
-      {SET_ENC_ALTERNATE, "UTF-16LE", "ab", nullptr},
-  };
+      {SET_ENC_ALTERNATE, "UTF-16LE", "ab", nullptr}};
   for (const auto& [mode, charset, text, disk] : rows) {
     Encoding encoding(mode, charset);
     EXPECT_STREQ(fname_encode(text), disk) << mode << charset;

@@ -14,8 +14,7 @@ TEST_F(CopyTest, TheDestinationDecidesWhereItemsGo) {
       {{"f", "d"}, "new", {1}, {missing}, "new new/d new/d/g new/f to "},
       {{"f", "d"}, "new", {2}, {missing}, "to "},
       {{"f", "d"}, "pipe", {}, {"File Scan|Can't copy/move multiple files into \n'pipe'\n|&Close"}, "to "},
-      {{"d"}, "no/where", {}, {"Make Directory|Unable to create 'no/where' directory\n|&Close"}, "to "},
-  };
+      {{"d"}, "no/where", {}, {"Make Directory|Unable to create 'no/where' directory\n|&Close"}, "to "}};
   for (const auto& [names, to, answers, questions, made] : rows) {
     dir.shell("rm -rf * && mkdir -p from/d to && mkfifo pipe && echo text >from/f && echo more >from/d/g");
     go(FOP_COPY, names, to, answers);
@@ -126,8 +125,7 @@ TEST_F(CopyTest, ThingsOfAnotherKindInTheWayAreTold) {
       {"mkdir from/x; ln -s gone to/x", "Unable to make 'to/x' directory\n"},
       {"ln -s t from/x; mkdir to/x; echo 1 >to/x/y", "Unable to create symbolic link 'to/x' to\n't'\n"},
       {"echo 1 >from/x; mkdir to/x", "Error writing 'to/x'\nIs a directory\n"},
-      {"echo 1 >from/x; mkfifo to/x", "Error writing 'to/x'\nNo such device or address\n"},
-  };
+      {"echo 1 >from/x; mkfifo to/x", "Error writing 'to/x'\nNo such device or address\n"}};
   const std::string list = "ls -lR --time-style=+ to | grep -v other | tail -n +3";
   for (const auto& [make, told] : rows) {
     dir.shell("rm -rf from to && mkdir from to && echo other >from/other && " + make);

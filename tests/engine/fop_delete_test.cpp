@@ -28,8 +28,7 @@ TEST_F(DeleteTest, QuestionsFollowFlagsAndAnswers) {
       {0, {}, {unwriteable, "aborted"}, "r w "},
       {FOP_DELETE_ALL, {}, {}, ""},
       {FOP_CONFIRM_EACH, {2, 1}, {unwriteable, plain}, "w "},
-      {FOP_CONFIRM_EACH, {3}, {unwriteable}, ""},
-  };
+      {FOP_CONFIRM_EACH, {3}, {unwriteable}, ""}};
   for (const auto& [flags, answers, questions, left] : rows) {
     dir.shell("cd from && rm -f r w && echo 1 >r && chmod 444 r && echo 2 >w");
     EXPECT_EQ(left_without({"w", "r"}, flags, answers), left);

@@ -23,8 +23,7 @@ TEST(FopParts, FlagsFollowTheSettings) {
       {FOP_DELETE, SET_RM_I_PROMPT, true, FOP_CONFIRM_EACH},
       {FOP_DELETE, SET_RM_I_NO_PROMPT | SET_RM1_PROMPT, true, FOP_DELETE_ALL},
       {FOP_DELETE, SET_RM_I_PROMPT_NOWR | SET_RM1_NO_PROMPT, true, 0},
-      {FOP_DELETE, SET_RM_I_PROMPT | SET_RM1_NO_PROMPT, false, FOP_DELETE_ALL},
-  };
+      {FOP_DELETE, SET_RM_I_PROMPT | SET_RM1_NO_PROMPT, false, FOP_DELETE_ALL}};
   for (const auto& [kind, settings, several, flags] : rows)
     EXPECT_EQ(fop_derive_flags(kind, settings, several), flags) << std::hex << settings;
 }

@@ -12,8 +12,7 @@ TEST(Hotlist, LoadTakesOverWhatIsAPathAndPassesOverTheRest) {
       {longest + "\n" + longest + "y\n/z\n", {longest, "/z"}},  // 1023 bytes are the most
       {std::string("/a\0b\n/c\n", 8), {"/c"}},
       {"/\xff\xfe '\"\\\r\n/\t\n", {"/\xff\xfe '\"\\\r", "/\t"}},
-      {"/" + std::string(3 << 20, 'y') + "\n/a\n", {"/a"}},
-  };
+      {"/" + std::string(3 << 20, 'y') + "\n/a\n", {"/a"}}};
   TempDir dir;
   for (const auto& [text, paths] : rows) {
     write_file(dir / "hotlist.001", text);

@@ -52,8 +52,7 @@ TEST_F(Interp, KeysModesAndWhatTheyFind) {
       {"?reb\r", -1, "rebuild", "", ""},    {":r", 1, "unsearched", ":r", ""},
       {":r\b\b", -1, "unsearched", "", ""}, {" ", 0, "unsearched", "", ""},
       {"r~{|}", 0, "rebuild", "/r", ""},    {"\r", 0, "unsearched", "", ""},
-      {"\x1b", 0, "unsearched", "", ""},
-  };
+      {"\x1b", 0, "unsearched", "", ""}};
   for (const auto& [keys, result, found, echoed, opens] : rows) {
     interp_clear();
     current = -3;

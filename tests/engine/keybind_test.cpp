@@ -31,10 +31,11 @@ TEST_F(Keybind, AKeyCallsEveryCallbackOfItsAction) {
   const KeyEvent hit{true, false, true, 4, 61453};
   EXPECT_EQ(kb_process(&list, &data, &hit), 1);
   EXPECT_EQ(data, 11);
-  const KeyEvent misses[] = {
-      {true, false, true, 5, 61453}, {true, false, true, 4, 61454},  {false, false, true, 4, 61453},
-      {true, true, true, 4, 61453},  {true, false, false, 4, 61453},
-  };
+  const KeyEvent misses[] = {{true, false, true, 5, 61453},
+                             {true, false, true, 4, 61454},
+                             {false, false, true, 4, 61453},
+                             {true, true, true, 4, 61453},
+                             {true, false, false, 4, 61453}};
   for (const KeyEvent& miss : misses) EXPECT_EQ(kb_process(&list, &data, &miss), 0);
   EXPECT_EQ(kb_process(&field, &data, &hit), 0);
   ac_unlink_widget(&list);
@@ -65,8 +66,7 @@ TEST_F(Keybind, LinesThatDoNotParseArePassedOver) {
       {"[s]\n'a' 0 4294967296\n'a' -1 7\n", ""},
       {"[s]\n'" + std::string(40, 'n') + "' 0 7\n'a' 0 8\n", "8"},
       {std::string("[s]\n'a\0b' 0 7\n'a' 0 8\n", 22), "8"},
-      {std::string(1000, '\0') + "\n[s]\n'a' 0 7\n", "7"},
-  };
+      {std::string(1000, '\0') + "\n[s]\n'a' 0 7\n", "7"}};
   for (const auto& [file, bound] : rows) {
     clear();
     write_file(dir / "keys", file);

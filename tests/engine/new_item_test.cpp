@@ -29,8 +29,7 @@ TEST(NewItem, RefusesWithItsMessage) {
       {1, "dangling", "File or directory 'dangling" + exists, ""},
       {0, "dangling", "File or directory 'dangling" + exists, ""},
       {1, "missing/x", "Unable to create file 'missing/x'\n", "missing/x"},
-      {0, "missing/x", "Unable to create directory 'missing/x'", ""},
-  };
+      {0, "missing/x", "Unable to create directory 'missing/x'", ""}};
   for (const auto& [kind, typed, message, shown] : rows) {
     const NewItemResult result = new_item_create(kind, dir.path(), typed);
     EXPECT_EQ(result.message + "|" + result.name, message + "|" + shown) << typed;

@@ -74,14 +74,12 @@ TEST_F(Properties, RenamesOnlyToAFreeName) {
   dir_.shell("printf theirs >taken && ln -s nowhere dangling && mkdir folder");
   const DirEntry* entry = make("mine", 0644, "mine");
   const std::string too_long(256, 'x');
-  const std::pair<std::string, std::string> rows[] = {
-      {"", ""},
-      {"taken", "File name 'taken' already exists"},
-      {"folder", "File name 'folder' already exists"},
-      {"dangling", "File name 'dangling' already exists"},
-      {"no/way", "Unable to rename 'no/way'."},
-      {too_long, "Unable to rename '" + too_long + "'."},
-  };
+  const std::pair<std::string, std::string> rows[] = {{"", ""},
+                                                      {"taken", "File name 'taken' already exists"},
+                                                      {"folder", "File name 'folder' already exists"},
+                                                      {"dangling", "File name 'dangling' already exists"},
+                                                      {"no/way", "Unable to rename 'no/way'."},
+                                                      {too_long, "Unable to rename '" + too_long + "'."}};
   PropertyRecord record = gather();
   for (const auto& [typed, message] : rows) {
     EXPECT_EQ(prop_apply(&record, 0, {typed, "", "", 0644}), message) << typed;
@@ -118,12 +116,10 @@ TEST_F(Properties, RenameNeverReplacesAFileThatAppearsMeanwhile) {
 
 TEST_F(Properties, OwnerAndGroupTexts) {
   if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
-  const std::pair<PropertyChange, const char*> rows[] = {
-      {{"", "", "", 0600}, "0 0 600\n"},
-      {{"", "1000", "1001", 0600}, "1000 1001 600\n"},
-      {{"", "4294967294", "", 0600}, "4294967294 0 600\n"},
-      {{"", "nobody", "root", 0600}, "65534 0 600\n"},
-  };
+  const std::pair<PropertyChange, const char*> rows[] = {{{"", "", "", 0600}, "0 0 600\n"},
+                                                         {{"", "1000", "1001", 0600}, "1000 1001 600\n"},
+                                                         {{"", "4294967294", "", 0600}, "4294967294 0 600\n"},
+                                                         {{"", "nobody", "root", 0600}, "65534 0 600\n"}};
   for (const auto& [wanted, after] : rows) {
     EXPECT_EQ(change(0644, wanted), "");
     EXPECT_EQ(dir_.shell("stat -c '%u %g %a' f"), after);

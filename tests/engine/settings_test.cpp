@@ -29,8 +29,7 @@ TEST(Settings, LoadsKeepsOrMigratesTheRecord) {
       {"longer", kept + "more", 0xff000200u, 777, true, true},
       {"flag word 0", record_bytes(0), 0x924, 777, false, true},
       {"half marked", record_bytes(0x7f000010), 0x925, 777, true, false},
-      {"no text ends", std::string(5692, '\xff'), 0xffffffff, -1, true, false},
-  };
+      {"no text ends", std::string(5692, '\xff'), 0xffffffff, -1, true, false}};
   for (const auto& [what, bytes, flags, width, apply_charset, dots] : rows) {
     TempDir dir;
     if (!bytes.empty()) write_file(dir / "config.003", bytes);
@@ -130,8 +129,7 @@ TEST(History, ReadsAndSavesItsFiles) {
       {std::string("a\0z\nb\n", 6), "a|b|"},
       {"1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n13\n14\n15\n16\n17\n18\n19\n20\n21\n",
        "1|2|3|4|5|6|7|8|9|10|11|12|13|14|15|16|17|18|19|20|"},
-      {long_line + "\nb\n", std::string(1022, 'x') + "|" + std::string(478, 'x') + "|b|"},
-  };
+      {long_line + "\nb\n", std::string(1022, 'x') + "|" + std::string(478, 'x') + "|b|"}};
   for (const auto& [bytes, expected] : rows) {
     write_file(dir / "h", bytes);
     History* history = cl_read(dir.path().c_str(), "h");

@@ -32,6 +32,7 @@ static int threads_now() {
   for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) count += task.exists();
   return count;
 }
+
 #define MOUNT_OR_SKIP(mode, hang)                  \
   mount.reset();                                   \
   mount = std::make_unique<SlowMount>(mode, hang); \

@@ -51,8 +51,7 @@ TEST(Start, FindsOrCreatesTheSettingsDirectory) {
       {"mkdir -p -m 755 .vr/zan", "", 0755},
       {"true", create, 0xffff},
       {"mkdir .vr; touch .vr/zan", access, 0644},
-      {"mkdir .vr; ln -s nowhere .vr/zan", create, 0777},
-  };
+      {"mkdir .vr; ln -s nowhere .vr/zan", create, 0777}};
   umask(022);
   for (const auto& [prepare, message, mode] : rows)
     for (const bool relative : {false, true}) {

@@ -22,8 +22,7 @@ TEST(Symlink, StepsByWhatStandsAtTheDestination) {
       {fits + "x", "new", NOTICE, error + "new" + unable + "File name too long\n", false, false},
       {fits, "new", DONE, "|", false, false},
       {"-odd 'name'\n", "odd", DONE, "|", false, false},
-      {"x", elsewhere, DONE, "|", false, false},
-  };
+      {"x", elsewhere, DONE, "|", false, false}};
   for (const auto& [source, destination, step, told, by_path_manager, overwrite] : rows) {
     const SymlinkResult result = symlink_create(dir.path(), source, destination, by_path_manager, overwrite);
     EXPECT_EQ(result.step, step) << destination;

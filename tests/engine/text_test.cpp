@@ -8,23 +8,21 @@ TEST(Text, PatternsMatchWholeNames) {
   std::string stars, deep(10000, '['), many_a(255, 'a');
   for (int i = 0; i < 40; ++i) stars += "*a";
   stars += "*b";
-  const std::tuple<const char*, const char*, const char*> rows[] = {
-      // null: no such row
-      {"read*", "reader", "README"},
-      {"*.gz|*.tar", "x.tar", "x.tar.bz2"},
-      {"^*.jpg|*.jpeg", "A.JPEG", nullptr},
-      {"*.c", "\xff.c", "c"},
-      {"?.c", "\xff.c", "x.cc"},
-      {"*.[a-c]", "x.b", "x.d"},
-      {"*.[!c]", "x.h", "x.c"},
-      {"*.[", "x.[", "x"},
-      {"*.\\*", "x.*", "x.c"},
-      {"a||b", "", "c"},
-      {"[", "[", "a"},
-      {"\\", nullptr, "\\"},
-      {deep.c_str(), nullptr, "x"},
-      {stars.c_str(), nullptr, many_a.c_str()},
-  };
+  const std::tuple<const char*, const char*, const char*> rows[] = {// null: no such row
+                                                                    {"read*", "reader", "README"},
+                                                                    {"*.gz|*.tar", "x.tar", "x.tar.bz2"},
+                                                                    {"^*.jpg|*.jpeg", "A.JPEG", nullptr},
+                                                                    {"*.c", "\xff.c", "c"},
+                                                                    {"?.c", "\xff.c", "x.cc"},
+                                                                    {"*.[a-c]", "x.b", "x.d"},
+                                                                    {"*.[!c]", "x.h", "x.c"},
+                                                                    {"*.[", "x.[", "x"},
+                                                                    {"*.\\*", "x.*", "x.c"},
+                                                                    {"a||b", "", "c"},
+                                                                    {"[", "[", "a"},
+                                                                    {"\\", nullptr, "\\"},
+                                                                    {deep.c_str(), nullptr, "x"},
+                                                                    {stars.c_str(), nullptr, many_a.c_str()}};
   for (const char* locale : {"C", "C.UTF-8"}) {
     ASSERT_TRUE(setlocale(LC_ALL, locale));
     for (const auto& [pattern, match, other] : rows) {
@@ -63,15 +61,17 @@ TEST(Text, PathsAreStrippedCutAndJoined) {
 }
 
 TEST(Text, SizeTexts) {
-  const std::pair<int32_t, const char*> properties[] = {
-      {-5, "-5 byte_count"}, {1023, "1023 byte_count"},    {1536, "1.512KB"},
-      {1024000, "1.0MB"},    {2147483647, "2.99483647GB"},
-  };
+  const std::pair<int32_t, const char*> properties[] = {{-5, "-5 byte_count"},
+                                                        {1023, "1023 byte_count"},
+                                                        {1536, "1.512KB"},
+                                                        {1024000, "1.0MB"},
+                                                        {2147483647, "2.99483647GB"}};
   for (const auto& [size, text] : properties) EXPECT_EQ(es_generate_byte_string(size), text) << size;
-  const std::tuple<int32_t, uint32_t, const char*> status[] = {
-      {0, 1023, "1023 bytes"}, {0, 1048575, "1024.0KB"},      {0, 1048576, "1.0MB"},
-      {1, 0, "4096.0MB"},      {-1, 0xfffffffbu, "-5 bytes"},
-  };
+  const std::tuple<int32_t, uint32_t, const char*> status[] = {{0, 1023, "1023 bytes"},
+                                                               {0, 1048575, "1024.0KB"},
+                                                               {0, 1048576, "1.0MB"},
+                                                               {1, 0, "4096.0MB"},
+                                                               {-1, 0xfffffffbu, "-5 bytes"}};
   for (const auto& [high, low, text] : status) EXPECT_STREQ(ll2str(high, low), text);
   const std::pair<uint64_t, const char*> list[] = {
       {0, "0"}, {1000, "1,000"}, {18446744073709551615u, "18,446,744,073,709,551,615"}};

@@ -50,16 +50,13 @@ TEST(UriList, ReadsTolerantlyAndRefusesWhatIsNotALocalFile) {
       {"file:///a%2\r\nfile:///a%zz\r\nfile:///a%00b\r\nfile:///%\r\n", ""},
       {std::string("FILE://") + own + "/a/b\r\n", "/a: [b]\n"},
       {"file:///a/b#c?d\r\n", "/a: [b#c?d]\n"},
-      {std::string("file:///a/b\0", 12), "/a: [b]\n"},
-  };
+      {std::string("file:///a/b\0", 12), "/a: [b]\n"}};
   for (const auto& [in, out] : rows) EXPECT_EQ(described(uri_list_decode(in)), out) << in;
 }
 
 TEST(UriList, ReadsTheGnomeForm) {
   const std::pair<std::string, const char*> rows[] = {
-      {"cut\nfile:///a/b", "1/a: [b]\n"},
-      {std::string("copy\r\nfile:///a/b\r\n\n\0", 21), "0/a: [b]\n"},
-  };
+      {"cut\nfile:///a/b", "1/a: [b]\n"}, {std::string("copy\r\nfile:///a/b\r\n\n\0", 21), "0/a: [b]\n"}};
   bool cut = false;
   std::vector<TransferList> lists;
   for (const auto& [in, out] : rows) {
@@ -97,8 +94,7 @@ TEST(Transfer, MalformedListsAreRefusedAndLeaveTheOldOne) {
       {"a relative directory", list("home", "a")},
       {"a path for a name", list("/home", "a/b")},
       {"the directory above", list("/home", "..")},
-      {"a NUL in a name", list("/home", std::string("a\0b", 3))},
-  };
+      {"a NUL in a name", list("/home", std::string("a\0b", 3))}};
   for (const auto& [what, bytes] : rows) {
     TransferList kept{"/kept", {"k"}, true};
     EXPECT_FALSE(transfer_unpack(bytes, &kept)) << what;

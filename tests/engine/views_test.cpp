@@ -12,10 +12,9 @@ TEST(PathComplete, FindsTheLongestCommonBeginning) {
       "mkdir -p usr/lib usr/local usr/.dot one/only x && touch usr/loud && ln -s usr link && ln -s gone "
       "broken");
   const std::pair<const char*, const char*> rows[] = {
-      {"/us", "/usr/"},     {"/usr/l", "/usr/l"}, {"/usr/lo", "/usr/local/"},   {"/usr/.", "/usr/.dot/"},
-      {"/li", "/link/"},    {"/usr/z", nullptr},  {"/one/", "/one/only/"},      {"/br", nullptr},
-      {"/none/x", nullptr}, {"/x/", nullptr},     {"/usr//lo", "/usr//local/"},
-  };
+      {"/us", "/usr/"},     {"/usr/l", "/usr/l"}, {"/usr/lo", "/usr/local/"},  {"/usr/.", "/usr/.dot/"},
+      {"/li", "/link/"},    {"/usr/z", nullptr},  {"/one/", "/one/only/"},     {"/br", nullptr},
+      {"/none/x", nullptr}, {"/x/", nullptr},     {"/usr//lo", "/usr//local/"}};
   for (const auto& [typed, completed] : rows) {
     const char* found = find_matching_dir((dir.path() + typed).c_str());
     EXPECT_EQ(found ? found : "(none)", completed ? dir.path() + completed : "(none)") << typed;
