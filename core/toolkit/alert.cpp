@@ -134,7 +134,7 @@ void AlertWindow::fit_message(const QString& message) {
   label->setFont(font_from_name(QStringLiteral("helv12")));
   QString shown = message;
   while (shown.endsWith(QLatin1Char('\n'))) shown.chop(1);
-  label->setText(foldable(shown));
+  label->setText(foldable(unturned(shown)));
   label->setAccessibleName(message);
   const QRect desktop = QApplication::primaryScreen()->availableGeometry();
   const QFontMetrics metrics = label->fontMetrics();

@@ -77,3 +77,12 @@ void dialog_open(QWidget* parent, QDialog* dialog) {
 QString tip_text(const QString& text) {
   return Qt::mightBeRichText(text) ? QLatin1String("<qt>") + text.toHtmlEscaped() : text;
 }
+
+QString unturned(QString text) {
+  const auto turns = [](QChar c) {
+    return (c >= QChar(0x202a) && c <= QChar(0x202e)) || (c >= QChar(0x2066) && c <= QChar(0x2069));
+  };
+  if (std::any_of(text.cbegin(), text.cend(), turns))
+    std::replace_if(text.begin(), text.end(), turns, QChar(QChar::ReplacementCharacter));
+  return text;
+}

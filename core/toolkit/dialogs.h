@@ -61,3 +61,7 @@ class BusyDialog : public QDialog {
 
 // A tool tip that shows the text as it stands, whatever markup a name in it looks like.
 QString tip_text(const QString& text);
+
+// The text with the marks that turn the direction of writing shown as signs: with one of them in it a name
+// can look like another, "exe.jpg" for one that ends in "gpj.exe".
+QString unturned(QString text);

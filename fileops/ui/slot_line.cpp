@@ -3,6 +3,8 @@
 #include <QPainter>
 #include <QStyle>
 
+#include "core/toolkit/dialogs.h"
+
 SlotLine::SlotLine(QWidget* parent) : QLabel(parent) {
   setTextFormat(Qt::PlainText);
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -19,7 +21,7 @@ QSize SlotLine::minimumSizeHint() const {
 void SlotLine::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::WindowText));
-  const QString whole = text();
+  const QString whole = unturned(text());
   const QFontMetrics metrics = fontMetrics();
   const int space = metrics.horizontalAdvance(QLatin1Char(' '));
   const int column = metrics.horizontalAdvance(QStringLiteral("From:")) + space;

@@ -4,6 +4,8 @@
 #include <QWidget>
 #include <algorithm>
 
+#include "core/toolkit/dialogs.h"
+
 namespace {
 
 QPalette::ColorGroup cell_colours(const QStyleOptionViewItem& cell) {
@@ -33,7 +35,7 @@ QStaticText RowDelegate::laid_out(const QString& text, const QFont& font,
   font_ = font;
   direction_ = direction;
   if (const QStaticText* known = texts_.object(text)) return *known;
-  QStaticText made(text);
+  QStaticText made(unturned(text));
   made.setTextFormat(Qt::PlainText);
   QTextOption plain;
   plain.setTextDirection(direction);
