@@ -1,7 +1,6 @@
 #include "core/toolkit/appearance.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <QApplication>
 #include <QPalette>
@@ -14,11 +13,8 @@ namespace {
 TEST(Appearance, TakesTheShadeOfTheGtkSettingsAndKeepsOutlinesVisible) {
   TempDir dir;
   qputenv("XDG_CONFIG_HOME", dir.path().c_str());
-  ASSERT_EQ(mkdir((dir / "gtk-3.0").c_str(), 0700), 0);
-  const struct {
-    const char *settings, *variable;
-    bool dark, outlined;
-  } rows[] = {
+  dir.shell("mkdir gtk-3.0");
+  const std::tuple<const char*, const char*, bool, bool> rows[] = {
       {"", "", false, false},
       {"[Settings]\ngtk-theme-name=Adwaita\ngtk-application-prefer-dark-theme=0\n", "", false, false},
       {"[Settings]\ngtk-application-prefer-dark-theme = true\n", "", true, false},
@@ -28,18 +24,18 @@ TEST(Appearance, TakesTheShadeOfTheGtkSettingsAndKeepsOutlinesVisible) {
       {"[Settings]\ngtk-theme-name=HighContrastInverse\n", "", true, true},
       {"\xff\n=\ngtk-theme-name", "", false, false},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.settings) + row.variable);
+  for (const auto& [settings, variable, dark, outlined] : rows) {
+    SCOPED_TRACE(std::string(settings) + variable);
     appearance_set_shade(Shade::standard);
-    write_file(dir / "gtk-3.0/settings.ini", row.settings);
-    qputenv("GTK_THEME", row.variable);
+    write_file(dir / "gtk-3.0/settings.ini", settings);
+    qputenv("GTK_THEME", variable);
     appearance_setup();
     const QPalette palette = QApplication::palette();
     const int window = palette.color(QPalette::Window).lightness();
-    EXPECT_EQ(window < 128, row.dark);
+    EXPECT_EQ(window < 128, dark);
     EXPECT_GT(std::abs(window - palette.color(QPalette::WindowText).lightness()), 140);
-    EXPECT_EQ(qobject_cast<QProxyStyle*>(QApplication::style()) != nullptr, row.outlined);
-    EXPECT_EQ(appearance_decided(), row.dark || row.outlined);
+    EXPECT_EQ(qobject_cast<QProxyStyle*>(QApplication::style()) != nullptr, outlined);
+    EXPECT_EQ(appearance_decided(), dark || outlined);
   }
   appearance_set_shade(Shade::standard);
   qunsetenv("XDG_CONFIG_HOME");

@@ -1,5 +1,7 @@
 #include "fileops/ui/clipboard.h"
 
+#include <QSignalSpy>
+
 #include "fileops/transfer_codec.h"
 #include "fileops/uri_list.h"
 #include "tests/face/window_test.h"
@@ -9,15 +11,16 @@ QClipboard* board() {
   return QGuiApplication::clipboard();
 }
 
-QByteArray clip_data(const char* type) {
-  return board()->mimeData()->data(QString::fromLatin1(type));
+std::string clip_data(const char* type) {
+  return board()->mimeData()->data(QString::fromLatin1(type)).toStdString();
 }
 
 // What a program of another kind, or another instance, puts there.
-void put_foreign(const std::vector<std::pair<const char*, std::string>>& entries) {
+using Entries = std::vector<std::pair<const char*, std::string>>;
+void put_foreign(const Entries& entries) {
   auto* mime = new QMimeData;
   for (const auto& [type, bytes] : entries)
-    mime->setData(QString::fromLatin1(type), QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size())));
+    mime->setData(QString::fromLatin1(type), QByteArray::fromStdString(bytes));
   board()->setMimeData(mime);
 }
 
@@ -49,16 +52,14 @@ std::string described(const OfferedFiles& files) {
 }  // namespace
 
 TEST(Clipboard, OffersOurOwnFormFirstAndWhatOthersRead) {
-  for (const bool cut : {false, true}) {
+  for (const std::string use : {"copy", "cut"}) {
+    const bool cut = use == "cut";
     clipboard_put({"/d", {"a b", "c"}, false}, cut);
-    const char* own = cut ? kMimeMoveFiles : kMimeFiles;
-    EXPECT_EQ(board()->mimeData()->formats().first(), QString::fromLatin1(own));
+    EXPECT_EQ(board()->mimeData()->formats().first(), QString::fromLatin1(cut ? kMimeMoveFiles : kMimeFiles));
     EXPECT_FALSE(board()->mimeData()->hasFormat(QString::fromLatin1(cut ? kMimeFiles : kMimeMoveFiles)));
-    TransferList list;
-    EXPECT_TRUE(transfer_unpack(clip_data(own).toStdString(), &list));
+    EXPECT_EQ(described(clipboard_get()), use + " /d:a b,c,");
     EXPECT_EQ(clip_data(kMimeUriList), "file:///d/a%20b\r\nfile:///d/c\r\n");
-    EXPECT_EQ(clip_data(kMimeGnomeFiles),
-              QByteArray(cut ? "cut" : "copy") + "\nfile:///d/a%20b\nfile:///d/c");
+    EXPECT_EQ(clip_data(kMimeGnomeFiles), use + "\nfile:///d/a%20b\nfile:///d/c");
     EXPECT_EQ(clip_data(kMimeKdeCut), cut ? "1" : "0");
     EXPECT_EQ(board()->text(), QStringLiteral("/d/a b\n/d/c"));
     EXPECT_EQ(em_check_clipboard_for_type(-1, kClipMoveFiles), cut);
@@ -68,10 +69,7 @@ TEST(Clipboard, OffersOurOwnFormFirstAndWhatOthersRead) {
 
 TEST(Clipboard, ReadsInTheOrderOwnGnomeUriList) {
   const std::string own = transfer_pack({"/own", {"o", ""}, false}), uris = "file:///u/1\r\nfile:///v/2\r\n";
-  const struct {
-    std::vector<std::pair<const char*, std::string>> entries;
-    const char* read;
-  } rows[] = {
+  const std::pair<Entries, std::string> rows[] = {
       {{{kMimeUriList, uris}, {kMimeGnomeFiles, "cut\nfile:///g/1"}, {kMimeFiles, own}}, "copy /own:o,"},
       {{{kMimeMoveFiles, own}}, "cut /own:o,"},
       {{{kMimeUriList, uris}, {kMimeGnomeFiles, "cut\nfile:///g/1"}}, "cut /g:1,"},
@@ -82,10 +80,10 @@ TEST(Clipboard, ReadsInTheOrderOwnGnomeUriList) {
       {{{kMimeUriList, "http://x/\r\n"}, {kMimeKdeCut, "1"}}, "copy"},
       {{{kMimePlainText, "/a/b"}}, "copy"},
   };
-  for (const auto& row : rows) {
-    put_foreign(row.entries);
-    EXPECT_EQ(described(clipboard_get()), row.read);
-    EXPECT_EQ(em_check_clipboard_for_type(-1, nullptr), std::string(row.read) != "copy") << row.read;
+  for (const auto& [entries, read] : rows) {
+    put_foreign(entries);
+    EXPECT_EQ(described(clipboard_get()), read);
+    EXPECT_EQ(em_check_clipboard_for_type(-1, nullptr), read != "copy") << read;
   }
 }
 
@@ -95,13 +93,12 @@ TEST(Clipboard, MovedItemsAreForgottenAndTheLastOneEmptiesIt) {
     const TransferList list = cut_numbered(4);
     if (foreign) put_foreign({{kMimeMoveFiles, transfer_pack(list)}});
     file_get_cut_files();
-    EXPECT_EQ(file_uncut("/e", "1"), 0);
-    EXPECT_EQ(file_uncut("/d", "9"), 0);
+    EXPECT_EQ(file_uncut("/e", "1") + file_uncut("/d", "9"), 0);
     EXPECT_EQ(file_uncut("/d", {"1", "2"}), 1);
     EXPECT_EQ(file_uncut("/d", "1"), 0);
     EXPECT_TRUE(file_is_cut("/d", "3") && !file_is_cut("/d", "1"));
     TransferList left;
-    ASSERT_TRUE(transfer_unpack(clip_data(kMimeMoveFiles).toStdString(), &left));
+    ASSERT_TRUE(transfer_unpack(clip_data(kMimeMoveFiles), &left));
     EXPECT_EQ(left.names, (Texts{"0", "", "", "3"}));
     EXPECT_EQ(clip_data(kMimeUriList), "file:///d/0\r\nfile:///d/3\r\n");
     EXPECT_EQ(file_uncut("/d", {"0", "3"}), 1);
@@ -114,17 +111,15 @@ TEST(Clipboard, MovedItemsAreForgottenAndTheLastOneEmptiesIt) {
 // Others read the clipboard when they are told that it changed: they must be told, but not for each file.
 TEST(Clipboard, TheDesktopIsToldOfALongMoveNowAndThen) {
   cut_numbered(1000);
-  int times = 0;
-  const auto watch = QObject::connect(board(), &QClipboard::dataChanged, [&times] { ++times; });
+  const QSignalSpy times(board(), &QClipboard::dataChanged);
   for (int i = 0; i < 500; ++i) file_uncut("/d", std::to_string(i).c_str());
-  EXPECT_EQ(times, 0);
+  EXPECT_EQ(times.size(), 0);
   EXPECT_TRUE(told());
-  EXPECT_EQ(times, 1);
-  QObject::disconnect(watch);
+  EXPECT_EQ(times.size(), 1);
 }
 
 TEST(Clipboard, WhatSomebodyElsePutThereSinceIsNeverOverwritten) {
-  const std::vector<std::pair<const char*, std::string>> rows = {
+  const Entries rows = {
       {kMimePlainText, "words"},
       {kMimeGnomeFiles, "cut\nfile:///d/0"},
       {kMimeMoveFiles, transfer_pack({"/other", {"0"}, false})},
@@ -140,7 +135,7 @@ TEST(Clipboard, WhatSomebodyElsePutThereSinceIsNeverOverwritten) {
       EXPECT_FALSE(file_is_cut("/d", last));
       EXPECT_TRUE(told());
       EXPECT_EQ(board()->mimeData(), standing);
-      EXPECT_EQ(clip_data(entry.first).toStdString(), entry.second);
+      EXPECT_EQ(clip_data(entry.first), entry.second);
     }
   }
 }

@@ -17,9 +17,7 @@ TEST(Desktop, CallsAreRunInsideNestedLoopsAndInOrder) {
   });
   dialog.exec();
   worker.join();
-  EXPECT_TRUE(waited && on_thread);
-  EXPECT_EQ(order.size(), 100u);
-  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+  EXPECT_TRUE(waited && on_thread && order.size() == 100u && std::is_sorted(order.begin(), order.end()));
 }
 
 TEST(Desktop, AFloodOfCallsLeavesRoomForOtherEvents) {
@@ -42,13 +40,6 @@ TEST(Desktop, AFloodOfCallsLeavesRoomForOtherEvents) {
 }
 
 TEST(Desktop, WorkersWaitForTheirOwnAnswersAndEndAnswersTheRestWithEscape) {
-  const auto open = [] {
-    QList<QWidget*> found = QApplication::topLevelWidgets();
-    found.removeIf([](QWidget* widget) {
-      return !widget->isVisible() || widget->windowTitle() != QStringLiteral("Worker");
-    });
-    return found;
-  };
   std::vector<int> answers(6, 0);
   std::atomic<int> done{0};
   std::vector<std::thread> workers;
@@ -57,10 +48,9 @@ TEST(Desktop, WorkersWaitForTheirOwnAnswersAndEndAnswersTheRestWithEscape) {
       answers[i] = desk_alert("Worker", std::to_string(i), "@&Skip|&Retry|#&Abort");
       ++done;
     });
-  ASSERT_TRUE(wait_for([&] { return open().size() == 6; }));
+  ASSERT_TRUE(wait_for([&] { return windows("Worker").size() == 6; }));
   EXPECT_TRUE(wait_for([&] {
-    for (QWidget* widget : open())
-      if (widget->accessibleDescription() == QStringLiteral("4")) QTest::keyClick(widget, Qt::Key_R);
+    for (QWidget* alert : windows("Worker", QStringLiteral("4"))) press("R", alert);
     return done == 1;
   }));
   EXPECT_EQ(answers[4], 2);
@@ -68,6 +58,6 @@ TEST(Desktop, WorkersWaitForTheirOwnAnswersAndEndAnswersTheRestWithEscape) {
   for (auto& worker : workers) worker.join();
   EXPECT_EQ(answers, (std::vector<int>{3, 3, 3, 3, 2, 3}));
   EXPECT_EQ(desk_alert("Worker", "late", "&Skip|&Abort"), 2);
-  EXPECT_TRUE(wait_for([&] { return open().isEmpty(); }));
+  EXPECT_TRUE(wait_for([&] { return windows("Worker").isEmpty(); }));
   desktop_qt_reset();
 }

@@ -9,10 +9,9 @@ namespace {
 
 class DirMenus : public WindowTest {
  protected:
-  // The directories that a shell command makes, in dir_ beside a file "f", which is selected; the roots are
-  // in the hotlist.
+  // What a shell command makes in dir_ beside a file "f", which is selected; the roots are in the hotlist.
   void start(const std::string& command, const Texts& roots) {
-    ASSERT_EQ(run_shell("cd " + dir_.path() + " && " + command), 0);
+    dir_.shell(command);
     QCursor::setPos(0, 0);
     show({"f"}, {"f"});
     gTree.paths.clear();
@@ -31,16 +30,17 @@ class DirMenus : public WindowTest {
   // Opens Copy To (0) or Move To (1) by keys.
   QMenu* open_cascade(int which) {
     outer_.popup(QPoint(20, 20));
-    for (int i = 0; i <= which; ++i) QTest::keyClick(&outer_, Qt::Key_Down);
-    QTest::keyClick(&outer_, Qt::Key_Right);
+    press(which == 0 ? "Down Right" : "Down Down Right", &outer_);
     QMenu* cascade = outer_.actions()[which]->menu();
     EXPECT_TRUE(cascade->isVisible());
     return cascade;
   }
   static DirButton* entry(QMenu* menu, int i) { return dynamic_cast<DirButton*>(menu->actions()[i]); }
   static DirButton* root(QMenu* cascade, int i = 0) { return entry(cascade, 2 + i); }
-  static bool known(DirButton* item) {
-    return wait_for([item] { return !item->grey(); });
+  // Whether an entry cascades, once that is known.
+  static bool cascades(DirButton* item) {
+    EXPECT_TRUE(wait_for([item] { return !item->grey(); }));
+    return item->cascades();
   }
   // Lets the pointer rest on an entry until its submenu is filled.
   static QMenu* cascade_of(QMenu* menu, DirButton* item) {
@@ -63,38 +63,31 @@ TEST_F(DirMenus, CascadesListTheRootsWhenArmedAndTheirSubdirectoriesWhenShown) {
   QMenu* copy = open_cascade(0);
   EXPECT_EQ(labels(copy), (Texts{"Other...", "", dir_ / "r&&1", dir_ / "none", dir_ / "missing"}));
   EXPECT_TRUE(root(copy)->grey());
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_TRUE(known(root(copy, i)));
-    EXPECT_EQ(root(copy, i)->cascades(), i == 0);
-  }
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(cascades(root(copy, i)), i == 0);
   QMenu* below = cascade_of(copy, root(copy));
   EXPECT_EQ(labels(below), (Texts{"2", "10", "a"}));
-  EXPECT_TRUE(known(entry(below, 2)));
-  EXPECT_TRUE(entry(below, 2)->cascades() && !entry(below, 1)->cascades());
+  EXPECT_TRUE(cascades(entry(below, 2)) && !entry(below, 1)->cascades());
   EXPECT_EQ(labels(cascade_of(below, entry(below, 2))), Texts{"deep"});
-  // What is there after the menus were closed is read anew.
   close_menus();
-  run_shell("mkdir " + dir_ / "'r&1/new'");
-  copy = open_cascade(0);
+  dir_.shell("mkdir 'r&1/new'");
+  copy = open_cascade(0);  // reads anew
   EXPECT_EQ(labels(cascade_of(copy, root(copy))), (Texts{"2", "10", "a", "new"}));
 }
 
 TEST_F(DirMenus, ChoosingAPlainEntryAsksAndThenCopies) {
   start("mkdir -p root/into", {"root"});
-  for (const Qt::Key answer : {Qt::Key_N, Qt::Key_Escape, Qt::Key_Y}) {
+  for (const std::string answer : {"N", "Esc", "Y"}) {
     QMenu* copy = open_cascade(0);
     QMenu* below = cascade_of(copy, root(copy));
-    EXPECT_TRUE(known(entry(below, 0)));
+    EXPECT_FALSE(cascades(entry(below, 0)));
     const QPoint place = below->actionGeometry(entry(below, 0)).center();
     QTest::mouseMove(below, place);
-    expect_message("Do you want to copy f to\n'" + dir_ / "root/into" + "'\n", answer);
+    expect_message("Do you want to copy f to\n'" + dir_ / "root/into" + "'\n", answer.c_str());
     QTest::mouseClick(below, Qt::LeftButton, {}, place);
     EXPECT_FALSE(QApplication::activePopupWidget());
     EXPECT_TRUE(answered());
-    EXPECT_TRUE(settled());
-    EXPECT_EQ(read_file(dir_ / "root/into/f"), answer == Qt::Key_Y ? "f" : "");
+    EXPECT_EQ(held(), answer == "Y" ? "f:f root/ root/into/ root/into/f:f " : "f:f root/ root/into/ ");
   }
-  EXPECT_TRUE(path_exists(dir_ / "f"));
 }
 
 TEST_F(DirMenus, ADoubleClickChoosesAnEntryThatCascades) {
@@ -113,41 +106,31 @@ TEST_F(DirMenus, ADoubleClickChoosesAnEntryThatCascades) {
   press_at(100000);
   press_at(200000);  // too late for a double click
   EXPECT_TRUE(move->isVisible());
-  expect_message("Do you want to move f to\n'" + dir_ / "root" + "'\n", Qt::Key_Y);
+  expect_message("Do you want to move f to\n'" + dir_ / "root" + "'\n", "Y");
   press_at(200100);
   EXPECT_TRUE(answered());
-  EXPECT_TRUE(settled());
-  EXPECT_EQ(read_file(dir_ / "root/f"), "f");
-  EXPECT_FALSE(path_exists(dir_ / "f"));
+  EXPECT_EQ(held(), "root/ root/f:f root/sub/ ");
 }
 
 TEST_F(DirMenus, OtherTakesATypedDestinationWithoutAQuestion) {
   start("mkdir typed", {});
-  const struct {
-    std::string text;
-    Qt::Key key;
-    bool copied;
-  } rows[] = {{"", Qt::Key_Return, false},
-              {dir_ / "typed", Qt::Key_Escape, false},
-              {dir_ / "typed", Qt::Key_Return, true},
-              {"./typed", Qt::Key_Return, true}};
+  const std::tuple<std::string, const char*, bool> rows[] = {{"", "Return", false},
+                                                             {dir_ / "typed", "Esc", false},
+                                                             {dir_ / "typed", "Return", true},
+                                                             {"./typed", "Return", true}};
   for (const auto& row : rows) {
-    unlink((dir_ / "typed/f").c_str());
+    dir_.shell("rm -f typed/f");
     ASSERT_EQ(chdir("/"), 0);  // a typed place is one below the directory shown, whatever happens meanwhile
-    QTest::keyClick(open_cascade(0), Qt::Key_Return);
+    press("Return", open_cascade(0));
     bool dealt = false;
     QTimer::singleShot(50, [&] {
-      QWidget* asked = QApplication::activeModalWidget();
-      ASSERT_TRUE(asked);
-      EXPECT_EQ(asked->windowTitle(), QStringLiteral("Copy to"));
-      auto* field = find<QComboBox>(asked, "destination");
-      QTest::keyClicks(field->lineEdit(), QString::fromUtf8(row.text.c_str()));
-      QTest::keyClick(field->lineEdit(), row.key);
+      QWidget* field = line(windows("Copy to").value(0), "destination");
+      type(std::get<0>(row), field);
+      press(std::get<1>(row), field);
       dealt = true;
     });
     EXPECT_TRUE(wait_for([&] { return dealt && !QApplication::activeModalWidget(); }));
-    EXPECT_TRUE(settled());
-    EXPECT_EQ(path_exists(dir_ / "typed/f"), row.copied);
+    EXPECT_EQ(held(), std::get<2>(row) ? "f:f typed/ typed/f:f " : "f:f typed/ ");
   }
 }
 

@@ -36,92 +36,60 @@ class FileList : public WindowTest {
   }
 };
 
+// A click on a selected row chooses it alone when the button is released: it may begin a drag of all. The
+// menu button chooses its row, and keeps a selection that it hits.
 TEST_F(FileList, MouseAndKeysSelectWhatTheySay) {
   show({"a/", "b", "c", "d/", "e"});
   gFileListHooks.context_menu = nullptr;
-  const int a = 0, b = 1, c = 2, d = 3, e = 4;
-  const QPoint below(20, ground()->height() - 5);
-  const auto click_at = [](Qt::MouseButton button, const QPoint& place) {
-    QTest::mouseClick(ground(), button, {}, place);
-  };
-  const struct {
-    std::function<void()> act;
-    const char* selected;
-  } steps[] = {
-      {[&] { click(b); }, "b"},
-      {[&] { click(d, Qt::ControlModifier); }, "b d"},
-      {[&] { click(b, Qt::ControlModifier); }, "d"},
-      {[&] { click(a); }, "a"},
-      {[&] { click(c, Qt::ShiftModifier); }, "a b c"},
-      {[&] { click(e, Qt::ControlModifier); }, "a b c e"},
-      {[&] { click(b); }, "b"},  // on a selected row: the release chooses it alone
-      {[&] { key(Qt::Key_Down); }, "c"},
-      {[&] { key(Qt::Key_Down, Qt::ShiftModifier); }, "c d"},
-      {[&] { key(Qt::Key_Down, Qt::ShiftModifier); }, "c d e"},
-      {[&] { key(Qt::Key_Up, Qt::ShiftModifier); }, "c d"},
-      {[&] { key(Qt::Key_Home, Qt::ShiftModifier); }, "a b c"},
-      {[&] { key(Qt::Key_A, Qt::ControlModifier); }, "a b c d e"},
-      // A press on a selected row may begin a drag of all of them.
-      {[&] { QTest::mousePress(ground(), Qt::LeftButton, {}, place_of(d)); }, "a b c d e"},
-      {[&] { QTest::mouseRelease(ground(), Qt::LeftButton, {}, place_of(d)); }, "d"},
-      {[&] { click_at(Qt::LeftButton, below); }, ""},
-      // The menu button chooses its row, and keeps a selection that it hits.
-      {[&] { click_at(Qt::RightButton, place_of(b)); }, "b"},
-      {[&] { click_at(Qt::RightButton, place_of(c)); }, "c"},
-      {[&] { click(b, Qt::ControlModifier); }, "b c"},
-      {[&] { click_at(Qt::RightButton, place_of(c)); }, "b c"},
-      {[&] { click_at(Qt::RightButton, below); }, ""},
-  };
-  for (const auto& step : steps) {
-    step.act();
-    EXPECT_EQ(selected(), step.selected) << "step " << &step - steps;
-    expect_consistent("step " + std::to_string(&step - steps));
+  for (const auto& [step, expected] :
+       steps("click b = b; Ctrl+click d = b d; Ctrl+click b = d; click a = a; Shift+click c = a b c; "
+             "Ctrl+click e = a b c e; click b = b; Down = c; Shift+Down = c d; Shift+Down = c d e; Shift+Up "
+             "= c d; "
+             "Shift+Home = a b c; Ctrl+A = a b c d e; press d = a b c d e; release d = d; click - = ; "
+             "menu b = b; menu c = c; Ctrl+click b = b c; menu c = b c; menu - = ")) {
+    act(step);
+    EXPECT_EQ(selected(), expected) << step;
+    expect_consistent(step);
   }
 }
 
 TEST_F(FileList, ABandTakesTheRowsThatItCoversAndNoMore) {
   show({"a/", "b", "c", "d/", "e"});
   const QPoint below(20, place_of(index_of("e")).y() + 40);
-  const struct {
-    Qt::KeyboardModifiers modifiers;
-    Texts over;  // one after the other; "": below the rows again
-    const char* selected;
-  } rows[] = {
-      {{}, {"d"}, "d e"},
-      {{}, {"b", "d"}, "d e"},
-      {{}, {"b", ""}, ""},
-      {Qt::ControlModifier, {"d"}, "b d e"},
-      {Qt::ControlModifier, {"a", "e"}, "b e"},
-      {Qt::ShiftModifier, {"a", ""}, "b"},
+  // What it is drawn over one after the other; "": below the rows again.
+  const std::tuple<Qt::KeyboardModifier, Texts, const char*> rows[] = {
+      {Qt::NoModifier, {"d"}, "d e"},           {Qt::NoModifier, {"b", "d"}, "d e"},
+      {Qt::NoModifier, {"b", ""}, ""},          {Qt::ControlModifier, {"d"}, "b d e"},
+      {Qt::ControlModifier, {"a", "e"}, "b e"}, {Qt::ShiftModifier, {"a", ""}, "b"},
   };
-  for (const auto& row : rows) {
-    click(index_of("b"));
-    QTest::mousePress(ground(), Qt::LeftButton, row.modifiers, below);
-    for (const std::string& name : row.over) {
+  for (const auto& [modifiers, over, expected] : rows) {
+    act("click b");
+    QTest::mousePress(ground(), Qt::LeftButton, modifiers, below);
+    for (const std::string& name : over) {
       const QPoint to = name.empty() ? below + QPoint(30, 0) : place_of(index_of(name));
       QMouseEvent move(QEvent::MouseMove, to, ground()->mapToGlobal(to), Qt::NoButton, Qt::LeftButton,
-                       row.modifiers);
+                       modifiers);
       QApplication::sendEvent(ground(), &move);
       expect_consistent(name);
     }
-    QTest::mouseRelease(ground(), Qt::LeftButton, row.modifiers, below);
-    EXPECT_EQ(selected(), row.selected) << row.over.front();
+    QTest::mouseRelease(ground(), Qt::LeftButton, modifiers, below);
+    EXPECT_EQ(selected(), expected) << over.front();
   }
 }
 
 TEST_F(FileList, ShiftStretchesFromWhereTheListStandsNow) {
   show({"sub/", "sub/a", "sub/b", "sub/c", "sub/d", "y", "z"});
-  click(index_of("z"));  // the fourth row
+  act("click z");  // the fourth row
   fl_newpath((dir_ / "sub").c_str());
-  key(Qt::Key_Down, Qt::ShiftModifier);
+  key("Shift+Down");
   EXPECT_EQ(selected(), "a") << "from the row of the parent directory";
   fl_goto_index(index_of("c"));
-  key(Qt::Key_Down, Qt::ShiftModifier);
+  key("Shift+Down");
   EXPECT_EQ(selected(), "c d");
-  click(index_of("a"));
+  act("click a");
   fl_sort_cb(0);
   ASSERT_EQ(index_of("a"), 3);
-  click(index_of("b"), Qt::ShiftModifier);
+  act("Shift+click b");
   EXPECT_EQ(selected(), "b a") << "it went with its entry";
 }
 
@@ -134,19 +102,20 @@ TEST_F(FileList, CountsHoldAfterAnySequenceOfCommands) {
       [&] { fl_select_index(any()); },
       [&] { fl_unselect_index(any()); },
       [&] { fl_invert_index(any()); },
-      [&] { fl_invert_all(); },
+      fl_invert_all,
       [&] { fl_goto_index(any()); },
       [&] { fl_select_pattern("*1*", random() % 2); },
       [&] { fl_unselect_pattern("entry?", random() % 2); },
-      [&] {
-        key(random() % 2 ? Qt::Key_Down : Qt::Key_PageUp, random() % 2 ? Qt::ShiftModifier : Qt::NoModifier);
-      },
-      [&] { key(Qt::Key_Space, Qt::ControlModifier); },
+      [] { key("Down"); },
+      [] { key("Shift+PgUp"); },
+      [] { key("Ctrl+Space"); },
       [&] { fl_sort_cb(int(random() % 7)); },
-      [&] { click(int(random() % 8), random() % 2 ? Qt::ShiftModifier : Qt::ControlModifier); },
-      [&] { fl_refresh(); },
-      [&] { fl_select_all(); },
-      [&] { fl_unselect_all(); },
+      [&] {
+        act((random() % 2 ? "Shift+click " : "Ctrl+click ") + std::string(gDir.entries[random() % 8]->name));
+      },
+      fl_refresh,
+      fl_select_all,
+      fl_unselect_all,
   };
   for (int step = 0; step < 600 && !HasFailure(); ++step) {
     const size_t which = random() % std::size(commands);
@@ -160,12 +129,16 @@ TEST_F(FileList, HeadersAndKeysSortBothWays) {
   QHeaderView* header = fl_view()->header();
   const QPoint on_size(header->sectionViewportPosition(1) + 10, header->height() / 2);
   const std::pair<bool, const char*> rows[] = {
-      {true, "aaa cc b"}, {true, "b cc aaa"}, {false, "cc b aaa"}, {false, "aaa b cc"}};
+      {true, "aaa cc b"},
+      {true, "b cc aaa"},
+      {false, "cc b aaa"},
+      {false, "aaa b cc"},
+  };
   for (const auto& [clicked, names] : rows) {
     if (clicked)
       QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, on_size);
     else
-      key(Qt::Key_1, Qt::ControlModifier);
+      key("Ctrl+1");
     EXPECT_EQ(cell(0) + " " + cell(1) + " " + cell(2), names);
   }
 }
@@ -174,13 +147,11 @@ TEST_F(FileList, RefreshKeepsTheFirstSelectedEntryCurrent) {
   show({"b", "c", "d"}, {"c", "d"});
   make({"a"});
   fl_refresh();
-  EXPECT_EQ(gDir.count, 4);
-  EXPECT_EQ(current_name(), "c");
-  EXPECT_EQ(gDir.sel_count, 0);  // shown selected, and not so
+  EXPECT_EQ(current_name() + selected(), "c");  // shown selected, and not so
   EXPECT_TRUE(fl_row_selected(fl_model()->row_of(gDir.current)));
   fl_refresh();  // told by another operation that ended
   EXPECT_EQ(current_name(), "c");
-  unlink((dir_ / "c").c_str());
+  dir_.shell("rm c");
   fl_select_index(index_of("c"));
   for (int times = 0; times < 2; ++times) {
     fl_refresh();
@@ -192,40 +163,40 @@ TEST_F(FileList, RefreshKeepsTheFirstSelectedEntryCurrent) {
 // Also with keys that belong to menus: a name that is being typed gets them first.
 TEST_F(FileList, TypingFindsNames) {
   show({"rebuild", "readme", "sub/", "beta"});
-  const auto typed = [](const char* text) { QTest::keyClicks(fl_view(), QString::fromLatin1(text)); };
-  typed("reb");
-  EXPECT_EQ(current_name(), "rebuild");
-  EXPECT_EQ(status(1), "/reb");
+  // What is typed in the list; the directory below dir_, the current entry and the status then.
+  const auto state = [this] {
+    return gDir.path.substr(dir_.path().size()) + " " + current_name() + " " + status(1);
+  };
+  type("reb", fl_view());
+  EXPECT_EQ(state(), " rebuild /reb");
   menu_item("em_copy")->trigger();
   EXPECT_EQ(selected(), "rebuild");  // what is shown selected is what a command takes
-  key(Qt::Key_Backspace);
-  EXPECT_EQ(current_name() + status(1), "readme/re");
-  EXPECT_EQ(gDir.path, dir_.path()) << "Backspace edits while a name is typed";
-  key(Qt::Key_Escape);
+  key("Backspace");
+  EXPECT_EQ(state(), " readme /re") << "it edits while a name is typed";
+  key("Esc");
   EXPECT_EQ(status(1), "");
-  typed("/sub");
-  key(Qt::Key_Return);
+  key("/ S U B Return");
   EXPECT_EQ(gDir.path, dir_ / "sub");
-  key(Qt::Key_Backspace);
+  key("Backspace");
   EXPECT_EQ(gDir.path, dir_.path()) << "idle again, it goes up";
   gConfig->type_ahead_ms = 1;  // a pause forgets what was typed
-  typed("r");
+  key("R");
   EXPECT_TRUE(wait_for([] { return status(1) != "/r"; }));
   gConfig->type_ahead_ms = 60000;
-  typed("b");
+  key("B");
   EXPECT_EQ(current_name(), "beta");
   static int menus = 0;
   gFileListHooks.context_menu = [](const QPoint&) { ++menus; };
-  key(Qt::Key_F10, Qt::ShiftModifier);
+  key("Shift+F10");
   EXPECT_EQ(menus, 1) << "where there is no menu key";
-  key(Qt::Key_Return, Qt::ShiftModifier);
+  key("Shift+Return");
   EXPECT_TRUE(dialog("open_with")) << "while a name is typed";
 }
 
 TEST_F(FileList, ShowsEveryByteThatANameMayHoldAndOpensByDoubleClick) {
   for (int byte = 1; byte < 256; ++byte)
     if (byte != '/' && byte != '.') make({"n" + std::string(1, char(byte))});
-  ASSERT_EQ(symlink("nowhere", (dir_ / "broken").c_str()), 0);
+  dir_.shell("ln -s nowhere broken");
   show({"\xff folder/"});
   EXPECT_EQ(gDir.count, 255);
   ground()->grab();

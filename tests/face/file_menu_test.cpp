@@ -50,10 +50,7 @@ class FileMenu : public WindowTest {
 TEST_F(FileMenu, EachCommandTakesTheSelectedFilesItIsFor) {
   gConfig->print[0] = 0;
   const Texts all{"1.a", "2 b.b", "3.c", "none", "sub"};
-  const struct {
-    int (*run)();
-    Texts selected, commands;
-  } rows[] = {
+  const std::tuple<int (*)(), Texts, Texts> rows[] = {
       {fm_open, {"1.a", "2 b.b", "none", "run"}, {"./run", "open a '1.a' ", "open b '2 b.b' "}},
       {fm_open, {"sub", "sub2"}, {}},
       {fm_view, all, {"view a '1.a' ", "view c '3.c' "}},
@@ -66,13 +63,12 @@ TEST_F(FileMenu, EachCommandTakesTheSelectedFilesItIsFor) {
       {fm_open_another, {"1.a"}, {}},
       {fm_open_another, {"sub"}, {dir_ / "sub"}},
   };
-  for (const auto& row : rows) {
-    choose(row.selected);
-    row.run();
-    EXPECT_EQ(commands(row.commands.size()), row.commands) << &row - rows;
-    if (row.run == fm_print && !row.commands.empty()) {
-      EXPECT_EQ(status(1), row.selected.size() > 1 ? "3 items printed" : "'2 b.b' printed");
-    }
+  for (const auto& [run, selection, expected] : rows) {
+    choose(selection);
+    run();
+    EXPECT_EQ(commands(expected.size()), expected);
+    if (run != fm_print || expected.empty()) continue;
+    EXPECT_EQ(status(1), selection.size() > 1 ? "3 items printed" : "'2 b.b' printed");
   }
   EXPECT_EQ(gDir.path, dir_.path());
   make({"z.a", "sub/z.a"});
@@ -83,37 +79,34 @@ TEST_F(FileMenu, EachCommandTakesTheSelectedFilesItIsFor) {
 }
 
 TEST_F(FileMenu, KeysReachTheCommands) {
-  const struct {
-    Qt::Key key;
-    Qt::KeyboardModifiers modifiers;
-    const char* command;
-  } rows[] = {{Qt::Key_E, Qt::ControlModifier, "edit a '1.a' "}, {Qt::Key_Return, {}, "open a '1.a' "}};
-  for (const auto& row : rows) {
+  const std::pair<const char*, const char*> rows[] = {{"Ctrl+E", "edit a '1.a' "},
+                                                      {"Return", "open a '1.a' "}};
+  for (const auto& [keys, command] : rows) {
     choose({"1.a"});
-    key(row.key, row.modifiers);
-    EXPECT_EQ(commands(1), Texts{row.command});
+    key(keys);
+    EXPECT_EQ(commands(1), Texts{command});
   }
   choose({});
   gDir.current = index_of("2 b.b");
-  key(Qt::Key_Return);  // nothing selected: the focused entry
+  key("Return");  // nothing selected: the focused entry
   EXPECT_EQ(commands(1), Texts{"open b '2 b.b' "});
 }
 
 TEST_F(FileMenu, OpenWithRunsOnceForEachSelectedFile) {
   choose({"1.a"});
-  key(Qt::Key_Return, Qt::ShiftModifier);
+  key("Shift+Return");
   ASSERT_TRUE(dialog("open_with"));
   select({"1.a", "2 b.b", "sub"});
   type("wc -l @ | less");
-  press(Qt::Key_Return);
+  press("Return");
   EXPECT_FALSE(dialog("open_with"));
   EXPECT_EQ(commands(2), (Texts{"wc -l '1.a'  | less", "wc -l '2 b.b'  | less"}));
   open_with_open();  // the last command stands there, and typing replaces it
-  auto* field = find<QComboBox>(dialog("open_with"), "ow_command");
-  EXPECT_EQ(field->currentText(), QStringLiteral("wc -l @ | less"));
-  type("w");
-  EXPECT_EQ(field->currentText(), QStringLiteral("w"));
-  press(Qt::Key_Escape);
+  const QLineEdit* field = line(dialog("open_with"), "ow_command");
+  EXPECT_EQ(field->text(), QStringLiteral("wc -l @ | less"));
+  press("W");
+  EXPECT_EQ(field->text(), QStringLiteral("w"));
+  press("Esc");
   EXPECT_FALSE(dialog("open_with"));
   EXPECT_EQ(gWithList->count, 1);
 }

@@ -15,7 +15,7 @@ TEST(LongFilename, TheLimitCountsBytesAtWholeCharacters) {
   };
   for (const auto& [typed, kept] : rows) {
     LongFilenameDialog dialog(QStringLiteral("old"), typed, [](const QString*) {});
-    auto* field = WindowTest::find<QLineEdit>(&dialog, "long_filename_newname");
+    auto* field = WindowTest::line(&dialog, "long_filename_newname");
     EXPECT_EQ(field->text(), kept);
     QApplication::clipboard()->setText(typed);
     field->selectAll();
@@ -31,36 +31,32 @@ TEST(LongFilename, TheLimitCountsBytesAtWholeCharacters) {
 
 TEST(LongFilename, AWorkerWaitsForEachWayOut) {
   const char *field = "long_filename_newname", *skip = "long_filename_skip", *rename = "long_filename_rename";
-  const struct {
-    const char *typed, *focus;
-    Qt::Key key;  // 0: close the window
-    Qt::KeyboardModifiers modifiers;
-    const char* answer;  // empty: it is skipped
-  } rows[] = {
-      {"short", field, Qt::Key_Return, {}, "short"},    {"", field, Qt::Key_Return, {}, "proposal"},
-      {"short", field, Qt::Key_Escape, {}, ""},         {"short", field, Qt::Key(0), {}, ""},
-      {"short", field, Qt::Key_S, Qt::AltModifier, ""}, {"short", field, Qt::Key_R, Qt::AltModifier, "short"},
-      {"short", skip, Qt::Key_R, {}, "short"},          {"short", rename, Qt::Key_S, {}, ""},
-      {"short", skip, Qt::Key_Space, {}, ""},
+  // What is typed, where which keys are then pressed ("": the window is closed), and the name ("": skipped).
+  const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
+      {"short", field, "Return", "short"}, {"", field, "Return", "proposal"},
+      {"short", field, "Esc", ""},         {"short", field, "", ""},
+      {"short", field, "Alt+S", ""},       {"short", field, "Alt+R", "short"},
+      {"short", skip, "R", "short"},       {"short", rename, "S", ""},
+      {"short", skip, "Space", ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [typed, focus, keys, answer] : rows) {
     std::string name = "proposal";
     std::atomic<int> renamed{-1};
-    std::thread worker([&] { renamed = desk_long_name("old", &name); });
+    std::thread worker([&renamed, &name] { renamed = desk_long_name("old", &name); });
     QPointer<LongFilenameDialog> dialog;
-    EXPECT_TRUE(wait_for([&] {
+    EXPECT_TRUE(wait_for([&dialog] {
       dialog = dynamic_cast<LongFilenameDialog*>(QApplication::activeWindow());
       return dialog != nullptr;
     }));
-    WindowTest::find<QLineEdit>(dialog, field)->setText(QString::fromUtf8(row.typed));
-    auto* focus = WindowTest::find<QWidget>(dialog, row.focus);
-    focus->setFocus();
-    if (row.key == 0)
-      dialog->close();
+    WindowTest::line(dialog, field)->setText(QString::fromUtf8(typed));
+    auto* focused = WindowTest::find<QWidget>(dialog, focus);
+    focused->setFocus();
+    if (*keys)
+      press(keys, focused);
     else
-      QTest::keyClick(focus, row.key, row.modifiers);
-    EXPECT_TRUE(wait_for([&] { return renamed >= 0 && !dialog; })) << row.key;
+      dialog->close();
+    EXPECT_TRUE(wait_for([&] { return renamed >= 0 && !dialog; })) << keys;
     worker.join();
-    EXPECT_EQ(renamed ? name : "", row.answer) << row.key;
+    EXPECT_EQ(renamed ? name : "", answer) << keys;
   }
 }

@@ -34,11 +34,8 @@ TEST_F(Menus, ItemsFollowTheSelectionAndTheClipboard) {
   const std::string no_file = "fm_view fm_edit fm_open_with fm_print fm_print_directory ";
   const std::string only_dirs = "fm_open_another fm_view fm_edit fm_print_directory ";
   const std::string end = "Inspect, Copy To, Move To, ", one = "Delete, Rename, Symlink, " + end;
-  const struct {
-    Texts selection;
-    bool clipboard;
-    std::string file, edit, context;  // what is disabled, what the context menu holds
-  } rows[] = {
+  // What is selected, whether files are on the clipboard, what is disabled in two menus, the context menu.
+  const std::tuple<Texts, bool, std::string, std::string, std::string> rows[] = {
       {{},
        false,
        "fm_open fm_open_another " + no_file + "fm_inspect ",
@@ -55,17 +52,17 @@ TEST_F(Menus, ItemsFollowTheSelectionAndTheClipboard) {
        "em_paste ",
        "Open With, Print, Cut, Copy, Delete, " + end},
   };
-  for (const auto& row : rows) {
+  for (const auto& [selection, clipboard, file, edit, context] : rows) {
     QApplication::clipboard()->setMimeData(new QMimeData);
-    if (row.clipboard) clipboard_put({"/d", {"x"}, false}, false);
-    select(row.selection);
-    EXPECT_EQ(disabled_in("file_menu"), row.file) << &row - rows;
-    EXPECT_EQ(disabled_in("edit_menu"), row.edit) << &row - rows;
+    if (clipboard) clipboard_put({"/d", {"x"}, false}, false);
+    select(selection);
+    EXPECT_EQ(disabled_in("file_menu"), file);
+    EXPECT_EQ(disabled_in("edit_menu"), edit);
     list_cmenu_open(QPoint(10, 10));
-    std::string context;
+    std::string offered;
     for (const std::string& label : labels(menu("list_cmenu")))
-      if (!label.empty()) context += label + ", ";
-    EXPECT_EQ(context, "&New, " + row.context);
+      if (!label.empty()) offered += label + ", ";
+    EXPECT_EQ(offered, "&New, " + context);
     menu("list_cmenu")->hide();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
@@ -74,7 +71,7 @@ TEST_F(Menus, ItemsFollowTheSelectionAndTheClipboard) {
   list_cmenu_open(QPoint(10, 10));  // an item acts on the selection
   for (QAction* action : menu("list_cmenu")->actions())
     if (action->text() == QStringLiteral("Copy")) menu("list_cmenu")->setActiveAction(action);
-  QTest::keyClick(menu("list_cmenu"), Qt::Key_Return);
+  press("Return", menu("list_cmenu"));
   EXPECT_EQ(clipboard_get().lists.at(0).names, (Texts{"a.txt", "c.unknown"}));
 }
 
@@ -82,48 +79,35 @@ TEST_F(Menus, ItemsFollowTheSelectionAndTheClipboard) {
 TEST_F(Menus, AKeyIsJudgedByTheMomentItIsPressed) {
   show({"a", "b"});
   disabled_in("edit_menu");
-  key(Qt::Key_C, Qt::ControlModifier);
-  EXPECT_FALSE(em_check_clipboard_for_type(-1, nullptr)) << "nothing was selected";
-  key(Qt::Key_A, Qt::ControlModifier);
-  EXPECT_EQ(selected(), "a b");
-  key(Qt::Key_X, Qt::ControlModifier);
-  EXPECT_TRUE(em_check_clipboard_for_type(-1, kClipMoveFiles));
-  EXPECT_EQ(selected(), "") << "a cut clears the selection";
-  EXPECT_TRUE(file_is_cut(dir_.path().c_str(), "b"));
-  select({"a"});
-  key(Qt::Key_I, Qt::ControlModifier);
-  EXPECT_EQ(selected(), "b");
-  key(Qt::Key_C, Qt::ControlModifier);
-  EXPECT_TRUE(em_check_clipboard_for_type(-1, kClipFiles)) << "a copy ends the cut";
-  EXPECT_FALSE(file_is_cut(dir_.path().c_str(), "a"));
-  key(Qt::Key_U, Qt::ControlModifier);
-  EXPECT_EQ(selected(), "");
+  // What is then selected, on the clipboard and marked as cut.
+  for (const auto& [keys, state] :
+       steps("Ctrl+C = ||; Ctrl+A = a b||; Ctrl+X = |cut|ab; Home Down Ctrl+I = b|cut|ab; "
+             "Ctrl+C = b|copied|; Ctrl+U = |copied|")) {
+    key(keys.c_str());
+    std::string now = selected() + "|";
+    if (em_check_clipboard_for_type(-1, nullptr))
+      now += em_check_clipboard_for_type(-1, kClipMoveFiles) ? "cut" : "copied";
+    now += "|";
+    for (const char* name : {"a", "b"})
+      if (file_is_cut(dir_.path().c_str(), name)) now += name;
+    EXPECT_EQ(now, state) << keys;
+  }
 }
 
 TEST_F(Menus, TextFieldsKeepTheKeysThatEditText) {
   show({"a", "b"}, {"a", "b"});
-  const struct {
-    Qt::Key key;
-    Qt::KeyboardModifiers modifiers;
-    const char* text;
-  } rows[] = {
-      {Qt::Key_A, Qt::ControlModifier, "wxyz"},   {Qt::Key_C, Qt::ControlModifier, "wxyz"},
-      {Qt::Key_End, Qt::NoModifier, "wxyz"},      {Qt::Key_Backspace, Qt::NoModifier, "wxy"},
-      {Qt::Key_Home, Qt::NoModifier, "wxy"},      {Qt::Key_Delete, Qt::NoModifier, "xy"},
-      {Qt::Key_V, Qt::ControlModifier, "wxyzxy"}, {Qt::Key_A, Qt::ControlModifier, "wxyzxy"},
-      {Qt::Key_X, Qt::ControlModifier, ""},       {Qt::Key_V, Qt::ControlModifier, "wxyzxy"},
-  };
   for (const char* name : {"tb_curpath", "tb_filespec"}) {
-    QLineEdit* field = base_find<QComboBox>(name)->lineEdit();
+    QLineEdit* field = line(base_window(), name);
     field->setFocus();
     field->setText(QStringLiteral("wxyz"));
-    for (const auto& row : rows) {
-      QTest::keyClick(field, row.key, row.modifiers);
-      EXPECT_EQ(field->text().toStdString(), row.text) << name << ", key " << row.key;
+    for (const auto& [keys, text] :
+         steps("Ctrl+A = wxyz; Ctrl+C = wxyz; End = wxyz; Backspace = wxy; Home = wxy; Del = xy; Ctrl+V = "
+               "wxyzxy; Ctrl+A = wxyzxy; Ctrl+X = ; Ctrl+V = wxyzxy")) {
+      press(keys.c_str(), field);
+      EXPECT_EQ(field->text().toStdString(), text) << name << ", " << keys;
     }
     EXPECT_FALSE(em_check_clipboard_for_type(-1, nullptr));
-    EXPECT_EQ(selected(), "a b");
-    EXPECT_EQ(gDir.path, dir_.path());
+    EXPECT_EQ(selected() + gDir.path, "a b" + dir_.path());
   }
 }
 
@@ -150,17 +134,20 @@ TEST_F(Menus, KeysWithoutModifiersBelongToTheList) {
   show({"a", "d/"}, {"d"});
   QWidget* tree = base_find_widget("tree");
   tree->setFocus();
-  for (Qt::Key which : {Qt::Key_Delete, Qt::Key_Return}) QTest::keyClick(tree, which);
-  EXPECT_TRUE(path_exists(dir_ / "d"));
+  press("Del Return", tree);
+  EXPECT_EQ(held(), "a:a d/ ");
   EXPECT_NE(gDir.path, dir_ / "d") << "Enter is the tree's";
   fl_setpath(dir_.path().c_str());
   fl_goto_index(index_of("d"));  // current, but not selected: the menu's Open is disabled
   fl_unselect_all();
   fl_view()->setFocus();
-  const std::pair<Qt::Key, std::string> rows[] = {
-      {Qt::Key_Return, dir_ / "d"}, {Qt::Key_Backspace, dir_.path()}, {Qt::Key_Left, dir_ / "d"}};
-  for (const auto& [which, path] : rows) {
-    key(which, which == Qt::Key_Left ? Qt::AltModifier : Qt::NoModifier);
+  const std::pair<const char*, std::string> rows[] = {
+      {"Return", dir_ / "d"},
+      {"Backspace", dir_.path()},
+      {"Alt+Left", dir_ / "d"},
+  };
+  for (const auto& [keys, path] : rows) {
+    key(keys);
     EXPECT_EQ(gDir.path, path);
   }
 }

@@ -20,37 +20,27 @@ void when_open(const char* title, const std::function<void(QWidget*)>& act) {
 }  // namespace
 
 TEST(Message, EveryWayOfAnsweringGivesItsButton) {
-  const char* conflict = "&Skip|&Overwrite|Overwrite &All|a&Bort";
-  const struct {
-    const char* buttons;
-    int key;  // 0: close the window
-    Qt::KeyboardModifiers modifiers;
-    int answer;
-  } rows[] = {
-      {conflict, Qt::Key_Return, {}, 1},
-      {conflict, Qt::Key_Escape, {}, 4},
-      {conflict, 0, {}, 4},
-      {conflict, Qt::Key_O, {}, 2},
-      {conflict, Qt::Key_A, {}, 3},
-      {conflict, Qt::Key_B, Qt::ShiftModifier, 4},
-      {conflict, Qt::Key_B, Qt::AltModifier, 4},
-      {"&Files|@&Links|#&Abort", Qt::Key_Return, {}, 2},
-      {"@&Skip|&Delete|de&Lete all|#&Abort", Qt::Key_L, {}, 3},
-      {"#&No|&Yes", Qt::Key_Escape, {}, 1},
-      {"&No|@&Yes|&Maybe", Qt::Key_Enter, {}, 2},
+  const std::string conflict = "&Skip|&Overwrite|Overwrite &All|a&Bort";
+  // The answer to each key; "close" the window.
+  const std::pair<std::string, const char*> rows[] = {
+      {conflict, "Return = 1; Esc = 4; close = 4; O = 2; A = 3; Shift+B = 4; Alt+B = 4"},
+      {"&Files|@&Links|#&Abort", "Return = 2"},
+      {"@&Skip|&Delete|de&Lete all|#&Abort", "L = 3"},
+      {"#&No|&Yes", "Esc = 1"},
+      {"&No|@&Yes|&Maybe", "Enter = 2"},
   };
-  for (const auto& row : rows) {
-    when_open("Way", [row](QWidget* window) {
-      if (row.key == 0) window->close();
-      // What an earlier test typed may still count as typing: press until the answer is taken.
-      const QPointer<QWidget> open(window);
-      while (open && open->isVisible()) {
-        QTest::keyClick(window, static_cast<Qt::Key>(row.key), row.modifiers);
-        QTest::qWait(10);
-      }
-    });
-    EXPECT_EQ(walert(nullptr, QStringLiteral("Way"), QStringLiteral("?"), row.buttons), row.answer)
-        << row.buttons << " " << row.key;
+  for (const auto& [buttons, ways] : rows) {
+    for (const auto& [way, answer] : steps(ways)) {
+      when_open("Way", [way = way](QWidget* window) {
+        if (way == "close") window->close();
+        // What an earlier test typed may still count as typing: press until the answer is taken.
+        for (const QPointer<QWidget> open(window); open && open->isVisible(); QTest::qWait(10))
+          press(way.c_str(), window);
+      });
+      EXPECT_EQ(walert(nullptr, QStringLiteral("Way"), QStringLiteral("?"), buttons.c_str()),
+                std::stoi(answer))
+          << buttons << " " << way;
+    }
   }
 }
 
@@ -74,13 +64,12 @@ TEST(Message, KeysTypedIntoAnotherWindowDoNotAnswerAnAlertThatOpensUnderThem) {
   int answer = 0;
   QWidget* alert = walert_open(nullptr, QStringLiteral("Under"), QStringLiteral("?"), "&Skip|&Abort",
                                [&](int number) { answer = number; });
-  QTest::keyClick(&field, Qt::Key_S);
-  QTest::keyClick(alert, Qt::Key_S);
-  QTest::keyClick(alert, Qt::Key_Return);
+  press("S", &field);
+  press("S Return", alert);
   EXPECT_EQ(answer, 0);
   EXPECT_EQ(field.text(), QStringLiteral("s"));
   EXPECT_TRUE(wait_for([&] {
-    if (answer == 0) QTest::keyClick(alert, Qt::Key_S);
+    if (answer == 0) press("S", alert);
     return answer == 1;
   }));
 }
@@ -108,8 +97,8 @@ TEST(Message, BlockTakesEveryInputUntilTheLastRelease) {
     window.show();
     EXPECT_TRUE(WindowTest::activate(&window));
     field->setFocus();
-    QTest::keyClick(field, Qt::Key_X);
-    QTest::keyClick(&window, Qt::Key_F5);
+    press("X", field);
+    press("F5", &window);
   };
   wblock(&window, 1);
   wblock(&window, 1);

@@ -1,6 +1,4 @@
 // The dialogs that ask for one name or pattern.
-#include <filesystem>
-
 #include "commands/ui/new_dlg.h"
 #include "commands/ui/pattern_dlg.h"
 #include "commands/ui/symlink_dlg.h"
@@ -11,80 +9,68 @@ namespace {
 
 class NewDlg : public WindowTest {};
 class PatternDlg : public WindowTest {};
-class SymlinkDlg : public WindowTest {
- protected:
-  std::string target_of(const std::string& name) { return std::filesystem::read_symlink(dir_ / name); }
-};
+class SymlinkDlg : public WindowTest {};
 
 TEST_F(NewDlg, StaysForAnotherTryAfterAMessageUntilItHasCreatedWhatWasAsked) {
   show({"taken"});
   new_dlg_open(1);
   ASSERT_TRUE(dialog("new_dlg"));
-  press(Qt::Key_Return);  // nothing typed: nothing happens
-  write_file(dir_ / "appeared", "");
+  press("Return");  // nothing typed: nothing happens
+  make({"appeared"});
   type("no/way");
   expect_message("Unable to create file 'no/way'\n");
-  press(Qt::Key_Return);
+  press("Return");
   EXPECT_EQ(gDir.count, 2) << "the list is read again all the same";
   ASSERT_TRUE(dialog("new_dlg"));
-  press(Qt::Key_A, Qt::ControlModifier);
+  press("Ctrl+A");
   type("taken");
   expect_message("File or directory 'taken' already exists");
-  press(Qt::Key_Return);
+  press("Return");
   ASSERT_TRUE(dialog("new_dlg"));
-  EXPECT_EQ(read_file(dir_ / "taken"), "taken");
-  const std::tuple<int, const char*, Qt::Key> rows[] = {{1, "none", Qt::Key_Escape},
-                                                        {1, "made", Qt::Key_Return},
-                                                        {0, "folder", Qt::Key_Return},
-                                                        {-2, "other", Qt::Key_Return}};
+  const std::tuple<int, const char*, const char*> rows[] = {
+      {1, "none", "Esc"}, {1, "made", "Return"}, {0, "folder", "Return"}, {-2, "other", "Return"}};
   for (const auto& [kind, name, end] : rows) {
     new_dlg_open(kind);
     ASSERT_TRUE(dialog("new_dlg"));
-    press(Qt::Key_A, Qt::ControlModifier);
+    press("Ctrl+A");
     type(name);
     press(end);
     EXPECT_FALSE(dialog("new_dlg"));
-    ASSERT_EQ(path_exists(dir_ / name), end == Qt::Key_Return);
-    if (end == Qt::Key_Escape) continue;
-    EXPECT_EQ(selected(), name);
-    EXPECT_EQ(dir_entry_is_directory(*gDir.entries[gDir.current]), kind != 1);
     EXPECT_EQ(base_window()->focusWidget(), fl_view());
+    EXPECT_EQ(selected() == name && current_name() == name, *end == 'R') << name;
   }
+  EXPECT_EQ(held(), "appeared:appeared folder/ made: other/ taken:taken ");
 }
 
 TEST_F(PatternDlg, SelectsAndUnselectsByWhatWasTyped) {
-  const struct {
-    int op;
-    const char *title, *pattern;
-    bool folders;
-    const char* selected;
-  } rows[] = {
-      {0, "Select Pattern", "*.cpp", false, "a.cpp"},
-      {1, "Unselect Pattern", "*", true, ""},
-      {0, "Select Pattern", "*.c", false, "a.c b.c"},  // the beginning of a longer one of old
-      {1, "Unselect Pattern", "a*", false, "b.c"},
-      {0, "Select Pattern", "^*.C", true, "B.C a.c b.c d.c"},
-      {1, "Unselect Pattern", "d.c|b.c", false, "B.C a.c d.c"},
-      {1, "Unselect Pattern", "[", true, "B.C a.c d.c"},
+  const std::tuple<int, const char*, bool, const char*> rows[] = {
+      {0, "*.cpp", false, "a.cpp"},
+      {1, "*", true, ""},
+      {0, "*.c", false, "a.c b.c"},  // the beginning of a longer one of old
+      {1, "a*", false, "b.c"},
+      {0, "^*.C", true, "B.C a.c b.c d.c"},
+      {1, "d.c|b.c", false, "B.C a.c d.c"},
+      {1, "[", true, "B.C a.c d.c"},
   };
   show({"a.c", "a.cpp", "b.c", "B.C", "d.c/"});
   std::string last;
-  for (const auto& row : rows) {
-    pattern_dlg_open(row.op);
+  for (const auto& [op, pattern, folders, expected] : rows) {
+    pattern_dlg_open(op);
     QDialog* asked = dialog("pattern_dlg");
     ASSERT_TRUE(asked);
-    EXPECT_EQ(asked->windowTitle().toStdString(), row.title);
-    auto* field = find<QComboBox>(asked, "ppattern");
-    EXPECT_EQ(field->lineEdit()->selectedText().toStdString(), last);
-    EXPECT_EQ(field->count(), &row - rows) << "every pattern used is offered";
-    type(row.pattern);  // replaces the pattern used last
-    if (row.folders) toggle(asked, "pinclude");
-    press(Qt::Key_Return);
+    EXPECT_EQ(asked->windowTitle().toStdString(), op ? "Unselect Pattern" : "Select Pattern");
+    EXPECT_EQ(line(asked, "ppattern")->selectedText().toStdString(), last);
+    type(pattern);  // replaces the pattern used last
+    if (folders) press_in("pinclude");
+    press("Return");
     EXPECT_FALSE(dialog("pattern_dlg"));
-    EXPECT_EQ(selected(), row.selected) << row.pattern;
+    EXPECT_EQ(selected(), expected) << pattern;
     EXPECT_EQ(base_window()->focusWidget(), fl_view());
-    last = row.pattern;
+    last = pattern;
   }
+  pattern_dlg_open(0);
+  EXPECT_EQ(find<QComboBox>(dialog("pattern_dlg"), "ppattern")->count(), std::ssize(rows))
+      << "every pattern used is offered";
   init_save_cboxs(gConfigPath);
   EXPECT_EQ(read_file(config_ / "pattern.001"), "[\nd.c|b.c\n^*.C\na*\n*.c\n*\n*.cpp\n");
 }
@@ -98,34 +84,31 @@ TEST_F(SymlinkDlg, LinksToTheFirstSelectedEntry) {
   symlink_dlg_open();
   EXPECT_EQ(find<QLabel>(dialog("symlink_dlg"), "symlink_src_lbl")->text(), QStringLiteral("?n? 'x' &y"));
   type("link");
-  press(Qt::Key_Return);
+  press("Return");
   EXPECT_FALSE(dialog("symlink_dlg"));
-  EXPECT_EQ(target_of("link"), dir_ / odd);
+  EXPECT_EQ(link_target(dir_ / "link"), dir_ / odd);
 }
 
 TEST_F(SymlinkDlg, NoticesAndTheQuestionKeepItOpen) {
-  std::filesystem::create_symlink("old", dir_ / "link");
+  dir_.shell("ln -s old link");
   show({"file"}, {"file"});
   symlink_dlg_open();
   const std::string overwrite = "The destination symlink exists.\nDo you want to overwrite it ?";
-  const struct {
-    const char* name;
-    std::string message;
-  } rows[] = {{"", "Symlink destination name must be entered!"},
-              {"file", "'file' exists and is not a symlink.\n"},
-              {"link", overwrite}};
-  for (const auto& row : rows) {
+  const std::pair<const char*, std::string> rows[] = {{"", "Symlink destination name must be entered!"},
+                                                      {"file", "'file' exists and is not a symlink.\n"},
+                                                      {"link", overwrite}};
+  for (const auto& [name, message] : rows) {
     ASSERT_TRUE(dialog("symlink_dlg"));
-    find<QLineEdit>(dialog("symlink_dlg"), "symlink_dst_txt")->setText(QString::fromUtf8(row.name));
-    expect_message(row.message, Qt::Key_Escape);
-    press(Qt::Key_Return);
-    ASSERT_TRUE(dialog("symlink_dlg"));
-    EXPECT_EQ(read_file(dir_ / "file") + target_of("link"), "fileold");
+    line(dialog("symlink_dlg"), "symlink_dst_txt")->setText(QString::fromUtf8(name));
+    expect_message(message, "Esc");
+    press("Return");
+    EXPECT_EQ(held(), "file:file link@old ");
   }
-  expect_message(overwrite, Qt::Key_Return);
-  press(Qt::Key_Return);
+  ASSERT_TRUE(dialog("symlink_dlg"));
+  expect_message(overwrite);
+  press("Return");
   EXPECT_FALSE(dialog("symlink_dlg"));
-  EXPECT_EQ(target_of("link"), dir_ / "file");
+  EXPECT_EQ(link_target(dir_ / "link"), dir_ / "file");
 }
 
 }  // namespace

@@ -14,9 +14,8 @@ namespace {
 
 class TreePane : public WindowTest {
  protected:
-  // Runs a shell command in dir_, and opens the window with these paths in the hotlist.
-  void start(const std::string& command, const Texts& paths) {
-    ASSERT_EQ(run_shell("cd " + dir_.path() + " && " + command), 0);
+  // Opens the window with these paths in the hotlist.
+  void start(const Texts& paths) {
     open();
     tree_remove(&gTree, "/");
     for (const std::string& path : paths) ASSERT_EQ(tree_add(&gTree, path.c_str()), 0);
@@ -96,38 +95,38 @@ TEST_F(TreePane, ADeadPathHoldsUpNeitherStartNorOtherItems) {
 }
 
 TEST_F(TreePane, ExpandsIntoSubdirectoriesAndReadsAgainEachTime) {
-  start("mkdir -p top/b/deep top/a top/.dot top/10 top/9 && touch top/file && ln -s b top/link",
-        {dir_ / "top", dir_ / "missing"});
+  dir_.shell("mkdir -p top/b/deep top/a top/.dot top/10 top/9 && touch top/file && ln -s b top/link");
+  start({dir_ / "top", dir_ / "missing"});
   EXPECT_TRUE(wait_for([&] { return expandable(top(0)) && has_image(top(1), "file"); }));
   EXPECT_FALSE(expandable(top(1)));
   tree()->setCurrentItem(top(0), 0, QItemSelectionModel::NoUpdate);
-  QTest::keyClick(tree(), Qt::Key_Right);
+  press("Right", tree());
   EXPECT_EQ(texts(top(0)), (Texts{"10", "9", "a", "b", "link"}));
   EXPECT_TRUE(has_image(top(0), "open_folder"));
   EXPECT_TRUE(wait_for([&] { return expandable(top(0)->child(3)); }));
   top(0)->setExpanded(false);
-  run_shell("rm -r " + dir_ / "top/b" + " && mkdir " + dir_ / "top/new");
+  dir_.shell("rm -r top/b && mkdir top/new");
   gOptions |= OPT_TREE_DOT;
-  QTest::keyClick(tree(), Qt::Key_Right);
+  press("Right", tree());
   EXPECT_EQ(texts(top(0)), (Texts{".dot", "10", "9", "a", "new"}));
   top(0)->setExpanded(false);
-  run_shell("rm -r " + dir_ / "top");
+  dir_.shell("rm -r top");
   top(0)->setExpanded(true);
   EXPECT_EQ(top(0)->childCount(), 0);
 }
 
 TEST_F(TreePane, AClickOrEnterShowsTheDirectoryAnArrowDoesNot) {
-  start("mkdir one two", {dir_ / "one", dir_ / "two", "/no/such"});
+  make({"one/", "two/"});
+  start({dir_ / "one", dir_ / "two", "/no/such"});
   click_on(top(0));
   EXPECT_EQ(gDir.path, dir_ / "one");
   EXPECT_EQ(fl_get_back_count(), 1);
   tree()->setFocus();
-  QTest::keyClick(tree(), Qt::Key_Down);
+  press("Down", tree());
   EXPECT_EQ(gDir.path, dir_ / "one");
-  QTest::keyClick(tree(), Qt::Key_Return);
+  press("Return", tree());
   EXPECT_EQ(gDir.path, dir_ / "two");
   top(0)->setSelected(true);
-  EXPECT_EQ(gDir.path, dir_ / "one");
   EXPECT_TRUE(tree()->selectedItems().isEmpty());
   expect_message("Directory '/no/such', not found");
   click_on(top(2));
@@ -136,7 +135,8 @@ TEST_F(TreePane, AClickOrEnterShowsTheDirectoryAnArrowDoesNot) {
 
 TEST_F(TreePane, DraggingReordersTopLevelItems) {
   const std::string a = dir_ / "a", raw = "/\xff";
-  start("mkdir -p a/x/y", {a, "/b", raw});
+  make({"a/", "a/x/", "a/x/y/"});
+  start({a, "/b", raw});
   top(0)->setExpanded(true);
   top(0)->child(0)->setExpanded(true);
   EXPECT_TRUE(drag(top(0), place(top(2), true)));  // the lower half: behind it
@@ -159,21 +159,22 @@ TEST_F(TreePane, DraggingReordersTopLevelItems) {
 }
 
 TEST_F(TreePane, KeysReorderTopLevelItemsAndMoveTheDivider) {
-  start("true", {"/a", "/b", "/c"});
+  start({"/a", "/b", "/c"});
   tree()->setFocus();
   tree()->setCurrentItem(top(0));
-  QTest::keyClick(tree(), Qt::Key_Up, Qt::AltModifier | Qt::ShiftModifier);
+  press("Alt+Shift+Up", tree());
   EXPECT_EQ(gTree.paths, (Texts{"/a", "/b", "/c"}));
-  for (int i = 0; i < 3; ++i) QTest::keyClick(tree(), Qt::Key_Down, Qt::AltModifier | Qt::ShiftModifier);
+  press("Alt+Shift+Down Alt+Shift+Down Alt+Shift+Down", tree());
   EXPECT_EQ(gTree.paths, (Texts{"/b", "/c", "/a"}));
   EXPECT_EQ(texts(), gTree.paths);
   const int width = tree()->width();
-  QTest::keyClick(tree(), Qt::Key_Right, Qt::AltModifier | Qt::ShiftModifier);
+  press("Alt+Shift+Right", tree());
   EXPECT_GT(tree()->width(), width);
 }
 
 TEST_F(TreePane, TheMenuButtonChoosesWhatRemoveRemoves) {
-  start("mkdir -p a/x", {"/one", dir_ / "a", "/two"});
+  make({"a/", "a/x/"});
+  start({"/one", dir_ / "a", "/two"});
   top(1)->setExpanded(true);
   // Nothing, a subdirectory, which is not in the hotlist, and an entry, once.
   for (const QPoint& at : {nowhere(), place(top(1)->child(0)), place(top(2))}) {
@@ -190,7 +191,8 @@ TEST_F(TreePane, TheMenuButtonChoosesWhatRemoveRemoves) {
 }
 
 TEST_F(TreePane, TheHotlistMenuListsThePathsAndKnowsTheCurrentOne) {
-  start("mkdir 'A&B'", {dir_ / "A&B", "/none"});
+  make({"A&B/"});
+  start({dir_ / "A&B", "/none"});
   auto* menu = find<QMenu>(base_window(), "hotlist_menu");
   const auto opened = [menu] {
     menu->popup(QPoint(10, 10));

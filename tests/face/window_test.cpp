@@ -15,6 +15,38 @@ bool wait_for(const std::function<bool()>& done) {
   return QTest::qWaitFor(done, 240000);
 }
 
+void press(const char* keys, QWidget* target) {
+  for (const QString& name : QString::fromLatin1(keys).split(QLatin1Char(' '))) {
+    const QKeyCombination key = QKeySequence(name)[0];
+    QWidget* focus = QApplication::focusWidget() ? QApplication::focusWidget() : QApplication::activeWindow();
+    ASSERT_TRUE(target || focus);
+    QTest::keyClick(target ? target : focus, key.key(), key.keyboardModifiers());
+  }
+}
+
+void type(const std::string& text, QWidget* target) {
+  ASSERT_TRUE(target || QApplication::focusWidget());
+  QTest::keyClicks(target ? target : QApplication::focusWidget(), QString::fromStdString(text));
+}
+
+std::vector<std::pair<std::string, std::string>> steps(const std::string& script) {
+  std::vector<std::pair<std::string, std::string>> pairs;
+  for (const QString& step : QString::fromStdString(script).split(QStringLiteral("; "))) {
+    const QStringList parts = step.split(QStringLiteral(" = "));
+    pairs.emplace_back(parts[0].toStdString(), parts.value(1).toStdString());
+  }
+  return pairs;
+}
+
+QWidgetList windows(const char* title, const QString& about) {
+  QWidgetList found = QApplication::topLevelWidgets();
+  found.removeIf([&](QWidget* window) {
+    return !window->isVisible() || window->windowTitle() != QLatin1String(title) ||
+           !window->accessibleDescription().contains(about);
+  });
+  return found;
+}
+
 void WindowTest::SetUp() {
   setenv("HOME", home_.path().c_str(), 1);
   settings_defaults(gConfig);
@@ -38,7 +70,7 @@ void WindowTest::SetUp() {
 void WindowTest::TearDown() {
   EXPECT_TRUE(settled());
   delete watch_;
-  for (const Expected& message : expected_) ADD_FAILURE() << "never shown: " << message.text;
+  for (const auto& [text, key] : expected_) ADD_FAILURE() << "never shown: " << text;
   for (const std::string& text : unexpected_) ADD_FAILURE() << "not expected: " << text;
   base_destroy();
   gConfigPath = nullptr;
@@ -105,32 +137,37 @@ bool WindowTest::settled() {
   return wait_for([] { return slot_running() == 0; });
 }
 
+std::string WindowTest::held() const {
+  EXPECT_TRUE(settled());
+  return dir_.shell(
+      "find . -mindepth 1 -type d -printf '%P/\\n' -o -type l -printf '%P@%l\\n' -o -printf '%P:' "
+      "-exec cat {} \\; -printf '\\n' | LC_ALL=C sort | tr '\\n' ' '");
+}
+
+QLineEdit* WindowTest::line(QWidget* in, const char* name) {
+  auto* box = qobject_cast<QComboBox*>(find<QWidget>(in, name));
+  return box ? box->lineEdit() : find<QLineEdit>(in, name);
+}
+
 QPoint WindowTest::place_of(int i) {
   return fl_view()->visualRect(fl_model()->index(fl_model()->row_of(i), 0)).center();
 }
 
-void WindowTest::click(int i, Qt::KeyboardModifiers modifiers) {
-  QTest::mouseClick(ground(), Qt::LeftButton, modifiers, place_of(i));
+void WindowTest::act(const std::string& step) {
+  const size_t blank = step.find(' ');
+  if (blank == std::string::npos) return key(step.c_str());
+  const std::string name = step.substr(blank + 1);
+  QTest::mouseEvent(step.starts_with("press")     ? QTest::MousePress
+                    : step.starts_with("release") ? QTest::MouseRelease
+                                                  : QTest::MouseClick,
+                    ground(), step.starts_with("menu") ? Qt::RightButton : Qt::LeftButton,
+                    step.starts_with("Ctrl+")    ? Qt::ControlModifier
+                    : step.starts_with("Shift+") ? Qt::ShiftModifier
+                                                 : Qt::NoModifier,
+                    name == "-" ? QPoint(20, ground()->height() - 5) : place_of(index_of(name)));
 }
 
-void WindowTest::key(Qt::Key which, Qt::KeyboardModifiers modifiers) {
-  QTest::keyClick(fl_view(), which, modifiers);
-}
-
-void WindowTest::press(Qt::Key which, Qt::KeyboardModifiers modifiers) {
-  QWidget* target = QApplication::focusWidget();
-  if (!target) target = QApplication::activeWindow();
-  ASSERT_TRUE(target);
-  QTest::keyClick(target, which, modifiers);
-}
-
-void WindowTest::type(const std::string& text) {
-  QWidget* target = QApplication::focusWidget();
-  ASSERT_TRUE(target);
-  QTest::keyClicks(target, QString::fromStdString(text));
-}
-
-void WindowTest::expect_message(const std::string& text, Qt::Key key) {
+void WindowTest::expect_message(const std::string& text, const char* key) {
   expected_.push_back({text, key});
 }
 
@@ -143,9 +180,9 @@ void WindowTest::answer_message() {
     auto* alert = dynamic_cast<AlertWindow*>(window);
     if (!alert || !alert->isVisible()) continue;
     const std::string text = alert->accessibleDescription().toStdString();
-    Qt::Key key = Qt::Key_Escape;
-    if (!expected_.empty() && expected_[0].text == text) {
-      key = expected_[0].key;
+    const char* key = "Esc";
+    if (!expected_.empty() && expected_[0].first == text) {
+      key = expected_[0].second;
       expected_.erase(expected_.begin());
     } else {
       unexpected_.push_back(text);
@@ -154,7 +191,7 @@ void WindowTest::answer_message() {
     const QPointer<AlertWindow> open(alert);
     watch_->stop();
     for (int i = 0; open && open->isVisible() && i < 1000; i++) {
-      QTest::keyClick(open, key);
+      press(key, open);
       QTest::qWait(10);
     }
     watch_->start(1);
@@ -182,19 +219,15 @@ QDialog* WindowTest::dialog(const char* name) {
 }
 
 // A toggle of an exclusive group is reached with the arrow keys from the one that is on.
-bool WindowTest::tab_to(QDialog* in, const char* name) {
-  auto* wanted = find<QWidget>(in, name);
+void WindowTest::press_in(const char* name, const char* keys) {
+  auto* wanted = find<QWidget>(QApplication::activeWindow(), name);
   for (int i = 0; i < 120 && wanted && QApplication::focusWidget() != wanted; i++) {
     const auto* here = qobject_cast<QRadioButton*>(QApplication::focusWidget());
     const auto* there = qobject_cast<QRadioButton*>(wanted);
-    press(here && there && here->group() && here->group() == there->group() ? Qt::Key_Down : Qt::Key_Tab);
+    press(here && there && here->group() && here->group() == there->group() ? "Down" : "Tab");
   }
-  return wanted && QApplication::focusWidget() == wanted;
-}
-
-void WindowTest::toggle(QDialog* in, const char* name) {
-  ASSERT_TRUE(tab_to(in, name)) << name;
-  press(Qt::Key_Space);
+  ASSERT_TRUE(wanted && QApplication::focusWidget() == wanted) << name;
+  press(keys);
 }
 
 Texts WindowTest::labels(const QMenu* menu) {

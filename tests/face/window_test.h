@@ -3,8 +3,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <QApplication>
 #include <QClipboard>
@@ -36,6 +34,13 @@ using Texts = std::vector<std::string>;
 
 // Lets events run until done. False when that does not come.
 bool wait_for(const std::function<bool()>& done);
+// Presses keys, named as in menus, a blank between two: in target, or in what has the focus at each of them.
+void press(const char* keys, QWidget* target = nullptr);
+void type(const std::string& text, QWidget* target = nullptr);
+// "what is done = what is so then; ..." as pairs.
+std::vector<std::pair<std::string, std::string>> steps(const std::string& script);
+// The visible windows of that title whose descriptions hold the text.
+QWidgetList windows(const char* title, const QString& about = {});
 
 class WindowTest : public testing::Test {
  public:
@@ -47,6 +52,8 @@ class WindowTest : public testing::Test {
     EXPECT_TRUE(widget) << name;
     return widget;
   }
+  // The line of a field, or of a box with a list.
+  static QLineEdit* line(QWidget* in, const char* name);
 
  protected:
   void SetUp() override;
@@ -64,35 +71,31 @@ class WindowTest : public testing::Test {
   static std::string current_name();  // the entry that the list's cursor is on
   static std::string status(int pane);
   static bool settled();  // waits until no operation runs
+  // All in dir_ once no operation runs, sorted, a blank behind each: "d/ d/file:what-it-holds link@target ".
+  std::string held() const;
 
   static QWidget* ground() { return fl_view()->viewport(); }
   static QPoint place_of(int i);
-  static void click(int i, Qt::KeyboardModifiers modifiers = {});
-  static void key(Qt::Key which, Qt::KeyboardModifiers modifiers = {});    // for the list
-  static void press(Qt::Key which, Qt::KeyboardModifiers modifiers = {});  // for what has the focus
-  static void type(const std::string& text);
+  // Presses a key in the list, or has the mouse act on a row ("-": below the rows) as in "click name",
+  // "Shift+click name", "menu name" for its right button, "press name" or "release name".
+  static void act(const std::string& step);
+  static void key(const char* keys) { press(keys, fl_view()); }
 
   // The next message must have this text, and gets key.
-  void expect_message(const std::string& text, Qt::Key key = Qt::Key_Return);
+  void expect_message(const std::string& text, const char* key = "Return");
   bool answered() const;  // waits until every expected message came and went
   // The open dialog of that name, ready for keys; null when there is none.
   static QDialog* dialog(const char* name);
-  // Tabs until the widget of that name has the focus. False when it is never reached.
-  static bool tab_to(QDialog* in, const char* name);
-  // The same, and presses it.
-  static void toggle(QDialog* in, const char* name);
+  // Tabs in the open dialog to the widget of that name, and presses keys there.
+  static void press_in(const char* name, const char* keys = "Space");
   static Texts labels(const QMenu* menu);
 
   TempDir dir_, config_, home_;
+  QTimer* watch_ = nullptr;  // for messages
 
  private:
-  struct Expected {
-    std::string text;
-    Qt::Key key;
-  };
   void answer_message();
 
-  std::vector<Expected> expected_;
+  std::vector<std::pair<std::string, const char*>> expected_;
   Texts unexpected_;
-  QTimer* watch_ = nullptr;
 };
