@@ -44,8 +44,7 @@ class AssociateDlg : public WindowTest {
     const char* const names[] = {"at_pattern", "at_command", "at_view_cmd", "at_edit_cmd"};
     for (size_t i = 0; i < fields.size(); ++i)
       line(dialog("assoc_type_dlg"), names[i])->setText(QString::fromStdString(fields[i]));
-    press("Return");
-    return dialog("assoc_type_dlg");
+    return stays("assoc_type_dlg", "Return");
   }
 };
 }  // namespace
@@ -56,11 +55,11 @@ TEST_F(AssociateDlg, AddsChangesAndRemovesByKeysAndWritesTheBytes) {
   EXPECT_FALSE(fill({"*.neu", "", "less @ \xc3\xa4"}));
   EXPECT_EQ(rows(), first + "*.b|open b||\n*.c||view c|\n" + added)
       << "the first is selected, not the new one";
-  press_in("as_list", "Down Return");  // changes the line, and is not Done
+  press("@as_list Down Return");  // changes the line, and is not Done
   EXPECT_EQ(line(dialog("assoc_type_dlg"), "at_command")->text(), QStringLiteral("open b"));
   EXPECT_FALSE(fill({"*.B", "other b"}));
   EXPECT_EQ(rows(), first + "*.B|other b||\n*.c||view c|\n" + added);
-  press_in("as_list", "Down Del");
+  press("@as_list Down Del");
   EXPECT_EQ(rows(), first + "*.c||view c|\n" + added);
   EXPECT_STREQ(_get_pat_cmd("x.b", AS_OPEN), "open b") << "the table itself is still the old one";
   press_button("Alt+D");  // Done
@@ -72,12 +71,9 @@ TEST_F(AssociateDlg, AddsChangesAndRemovesByKeysAndWritesTheBytes) {
 TEST_F(AssociateDlg, EscapeThrowsTheWorkingCopyAwayAndAnEmptyOneLeavesOnlyTheHeader) {
   press_button("Alt+R");
   press_button("Alt+A");
-  ASSERT_TRUE(dialog("assoc_type_dlg"));
-  press("Esc");  // this association only
-  EXPECT_FALSE(dialog("assoc_type_dlg"));
+  EXPECT_FALSE(stays("assoc_type_dlg", "Esc"));  // this association only
   EXPECT_EQ(rows(), ">*.b|open b||\n*.c||view c|\n");
-  press("Esc");
-  EXPECT_FALSE(dialog("associate_dlg") || path_exists(config_ / "associate.003"));
+  EXPECT_FALSE(stays("associate_dlg", "Esc") || path_exists(config_ / "associate.003"));
   EXPECT_EQ(apat_ctr, 3);
   associate_dlg_open();
   ASSERT_TRUE(dialog("associate_dlg"));

@@ -22,9 +22,10 @@ class ConfigDlg : public WindowTest {
     fname_set_translation("");
     WindowTest::TearDown();
   }
-  static QDialog* open_dialog() {
+  // Opens the dialog and works in it. Whether it is open then.
+  static bool open_and(const std::string& words) {
     config_dlg_open();
-    return dialog("config_dlg");
+    return stays("config_dlg", words);
   }
   // The bytes that are saved.
   std::string record() {
@@ -38,13 +39,10 @@ class ConfigDlg : public WindowTest {
 TEST_F(ConfigDlg, DoneAtOnceEscapeAndCancelKeepEveryByte) {
   const std::string before = record();
   ASSERT_EQ(before.size(), 5692u);
-  for (const std::string end : {"capply", "ccancel", "rm_no_prompt"}) {
-    open_dialog();
-    for (const char* name : {"cdot", "rm_no_prompt"})
-      if (end != "capply") press_in(name);
-    press_in(end.c_str(), end == "rm_no_prompt" ? "Esc" : "Space");
-    EXPECT_FALSE(dialog("config_dlg"));
-    EXPECT_TRUE(record() == before) << end;
+  for (const char* words : {"@capply Space", "@cdot Space @rm_no_prompt Space @ccancel Space",
+                            "@cdot Space @rm_no_prompt Space Esc"}) {
+    EXPECT_FALSE(open_and(words));
+    EXPECT_TRUE(record() == before) << words;
   }
 }
 
@@ -61,13 +59,14 @@ TEST_F(ConfigDlg, EachToggleSetsItsOwnBits) {
   uint32_t expected = gConfig->flags, stored;
   for (const auto& [mask, toggles] : groups) {
     for (const auto& [name, bits] : toggles) {
-      open_dialog();
-      press_in(name, "Space Return");
+      EXPECT_FALSE(open_and("@" + std::string(name) + " Space Return"));
       expected = (expected & ~mask) | bits;
       EXPECT_EQ(gConfig->flags, expected) << name;
       memcpy(&stored, record().data() + 4656, sizeof stored);
       EXPECT_EQ(stored, expected | SET_FORMAT_MARK) << name;
-      EXPECT_TRUE(find<QAbstractButton>(open_dialog(), name)->isChecked()) << "not shown again: " << name;
+      config_dlg_open();
+      EXPECT_TRUE(find<QAbstractButton>(dialog("config_dlg"), name)->isChecked())
+          << "not shown again: " << name;
       press("Esc");
     }
   }
@@ -75,18 +74,12 @@ TEST_F(ConfigDlg, EachToggleSetsItsOwnBits) {
 
 TEST_F(ConfigDlg, DotFilesAndFoldersFirstApplyAtOnce) {
   ASSERT_EQ(gDir.count, 1);
-  open_dialog();
-  press_in("cdot");
-  press_in("cdirs");
-  press_in("cto", "Ctrl+A");
-  type("-5x");
-  press("Return");
+  EXPECT_FALSE(open_and("@cdot Space @cdirs Space @cto Ctrl+A '-5x' Return"));
   EXPECT_EQ(gDir.count, 2);
   EXPECT_EQ(gOptions & OPT_DOT_PAIR, +OPT_DOT_PAIR);
   EXPECT_EQ(gConfig->cdirs, 2);
   EXPECT_EQ(gConfig->type_ahead_ms, -5) << "any text is taken, by the number it begins with";
-  open_dialog();
-  press_in("cdot", "Space Return");
+  EXPECT_FALSE(open_and("@cdot Space Return"));
   EXPECT_EQ(gDir.count, 1);
   EXPECT_EQ(gOptions & OPT_DOT_PAIR, 0u);
 }
@@ -94,26 +87,22 @@ TEST_F(ConfigDlg, DotFilesAndFoldersFirstApplyAtOnce) {
 TEST_F(ConfigDlg, CharacterSetsAreThoseThatOpen) {
   ASSERT_GT(charset_names().size(), 3u);
   for (const std::string& name : charset_names()) EXPECT_TRUE(fname_charset_opens(name.c_str())) << name;
-  EXPECT_EQ(find<QComboBox>(open_dialog(), "cenc")->currentIndex(), 0) << "none is chosen";
-  press_in("cenc_utf8_alternate");
-  press_in("cenc", "I");
-  type("SO-8859-1");
-  press("Return");
+  config_dlg_open();
+  EXPECT_EQ(find<QComboBox>(dialog("config_dlg"), "cenc")->currentIndex(), 0) << "none is chosen";
+  EXPECT_FALSE(stays("config_dlg", "@cenc_utf8_alternate Space @cenc 'ISO-8859-1' Return"));
   EXPECT_STREQ(fname_decode(gDir.entries[0]->name), "caf\xc3\xa9") << "not applied at once";
   EXPECT_EQ(record().substr(4665, 12), std::string("ISO-8859-1\0\0", 12));
-  open_dialog();
-  press_in("cenc", "Home Return");
+  EXPECT_FALSE(open_and("@cenc Home Return"));
   EXPECT_EQ(record().substr(4665, 12), std::string(12, '\0'));
   strcpy(gConfig->encoding, "latin1");  // not in the list, and kept for all that
-  open_dialog();
-  press("Return");
+  EXPECT_FALSE(open_and("Return"));
   EXPECT_STREQ(gConfig->encoding, "latin1");
 }
 
 TEST_F(ConfigDlg, FontsAreChosenAndAppliedOnDone) {
-  open_dialog();
-  for (const char* button : {"clist_select", "ctree_select"}) {
-    press_in(button);
+  config_dlg_open();
+  for (const std::string button : {"clist_select", "ctree_select"}) {
+    EXPECT_TRUE(stays("config_dlg", "@" + button + " Space"));
     const QPointer<QFontDialog> chooser(dialog("config_dlg")->findChild<QFontDialog*>());
     ASSERT_TRUE(chooser);
     if (button[1] == 'l') chooser->setCurrentFont(QFont(QStringLiteral("DejaVu Sans"), 15));
@@ -122,7 +111,7 @@ TEST_F(ConfigDlg, FontsAreChosenAndAppliedOnDone) {
   }
   EXPECT_STREQ(gConfig->list_font, "TextFont08") << "stored before Done";
   const int width = fl_get_column_width(3);
-  press_in("capply", "Return");
+  press("@capply Return");
   EXPECT_EQ(fl_get_column_width(3), width) << "in characters of the new font";
   EXPECT_EQ(fl_view()->font().pointSize(), 15);
   EXPECT_EQ(font_from_name(QString::fromUtf8(gConfig->list_font)).pointSize(), 15);

@@ -167,7 +167,7 @@ TEST_F(FileList, TypingFindsNames) {
   const auto state = [this] {
     return gDir.path.substr(dir_.path().size()) + " " + current_name() + " " + status(1);
   };
-  type("reb", fl_view());
+  key("'reb'");
   EXPECT_EQ(state(), " rebuild /reb");
   menu_item("em_copy")->trigger();
   EXPECT_EQ(selected(), "rebuild");  // what is shown selected is what a command takes
@@ -175,7 +175,7 @@ TEST_F(FileList, TypingFindsNames) {
   EXPECT_EQ(state(), " readme /re") << "it edits while a name is typed";
   key("Esc");
   EXPECT_EQ(status(1), "");
-  key("/ S U B Return");
+  key("'/sub' Return");
   EXPECT_EQ(gDir.path, dir_ / "sub");
   key("Backspace");
   EXPECT_EQ(gDir.path, dir_.path()) << "idle again, it goes up";

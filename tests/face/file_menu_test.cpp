@@ -97,16 +97,13 @@ TEST_F(FileMenu, OpenWithRunsOnceForEachSelectedFile) {
   key("Shift+Return");
   ASSERT_TRUE(dialog("open_with"));
   select({"1.a", "2 b.b", "sub"});
-  type("wc -l @ | less");
-  press("Return");
-  EXPECT_FALSE(dialog("open_with"));
+  EXPECT_FALSE(stays("open_with", "'wc -l @ | less' Return"));
   EXPECT_EQ(commands(2), (Texts{"wc -l '1.a'  | less", "wc -l '2 b.b'  | less"}));
   open_with_open();  // the last command stands there, and typing replaces it
   const QLineEdit* field = line(dialog("open_with"), "ow_command");
   EXPECT_EQ(field->text(), QStringLiteral("wc -l @ | less"));
   press("W");
   EXPECT_EQ(field->text(), QStringLiteral("w"));
-  press("Esc");
-  EXPECT_FALSE(dialog("open_with"));
+  EXPECT_FALSE(stays("open_with", "Esc"));
   EXPECT_EQ(gWithList->count, 1);
 }

@@ -83,7 +83,7 @@ TEST_F(Menus, AKeyIsJudgedByTheMomentItIsPressed) {
   for (const auto& [keys, state] :
        steps("Ctrl+C = ||; Ctrl+A = a b||; Ctrl+X = |cut|ab; Home Down Ctrl+I = b|cut|ab; "
              "Ctrl+C = b|copied|; Ctrl+U = |copied|")) {
-    key(keys.c_str());
+    key(keys);
     std::string now = selected() + "|";
     if (em_check_clipboard_for_type(-1, nullptr))
       now += em_check_clipboard_for_type(-1, kClipMoveFiles) ? "cut" : "copied";
@@ -103,7 +103,7 @@ TEST_F(Menus, TextFieldsKeepTheKeysThatEditText) {
     for (const auto& [keys, text] :
          steps("Ctrl+A = wxyz; Ctrl+C = wxyz; End = wxyz; Backspace = wxy; Home = wxy; Del = xy; Ctrl+V = "
                "wxyzxy; Ctrl+A = wxyzxy; Ctrl+X = ; Ctrl+V = wxyzxy")) {
-      press(keys.c_str(), field);
+      press(keys, field);
       EXPECT_EQ(field->text().toStdString(), text) << name << ", " << keys;
     }
     EXPECT_FALSE(em_check_clipboard_for_type(-1, nullptr));

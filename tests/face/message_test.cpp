@@ -35,7 +35,7 @@ TEST(Message, EveryWayOfAnsweringGivesItsButton) {
         if (way == "close") window->close();
         // What an earlier test typed may still count as typing: press until the answer is taken.
         for (const QPointer<QWidget> open(window); open && open->isVisible(); QTest::qWait(10))
-          press(way.c_str(), window);
+          press(way, window);
       });
       EXPECT_EQ(walert(nullptr, QStringLiteral("Way"), QStringLiteral("?"), buttons.c_str()),
                 std::stoi(answer))

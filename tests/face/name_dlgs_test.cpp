@@ -14,28 +14,18 @@ class SymlinkDlg : public WindowTest {};
 TEST_F(NewDlg, StaysForAnotherTryAfterAMessageUntilItHasCreatedWhatWasAsked) {
   show({"taken"});
   new_dlg_open(1);
-  ASSERT_TRUE(dialog("new_dlg"));
-  press("Return");  // nothing typed: nothing happens
+  EXPECT_TRUE(stays("new_dlg", "Return")) << "nothing typed: nothing happens";
   make({"appeared"});
-  type("no/way");
   expect_message("Unable to create file 'no/way'\n");
-  press("Return");
+  EXPECT_TRUE(stays("new_dlg", "'no/way' Return"));
   EXPECT_EQ(gDir.count, 2) << "the list is read again all the same";
-  ASSERT_TRUE(dialog("new_dlg"));
-  press("Ctrl+A");
-  type("taken");
   expect_message("File or directory 'taken' already exists");
-  press("Return");
-  ASSERT_TRUE(dialog("new_dlg"));
+  EXPECT_TRUE(stays("new_dlg", "Ctrl+A 'taken' Return"));
   const std::tuple<int, const char*, const char*> rows[] = {
       {1, "none", "Esc"}, {1, "made", "Return"}, {0, "folder", "Return"}, {-2, "other", "Return"}};
   for (const auto& [kind, name, end] : rows) {
     new_dlg_open(kind);
-    ASSERT_TRUE(dialog("new_dlg"));
-    press("Ctrl+A");
-    type(name);
-    press(end);
-    EXPECT_FALSE(dialog("new_dlg"));
+    EXPECT_FALSE(stays("new_dlg", "Ctrl+A '" + std::string(name) + "' " + end));
     EXPECT_EQ(base_window()->focusWidget(), fl_view());
     EXPECT_EQ(selected() == name && current_name() == name, *end == 'R') << name;
   }
@@ -57,13 +47,11 @@ TEST_F(PatternDlg, SelectsAndUnselectsByWhatWasTyped) {
   for (const auto& [op, pattern, folders, expected] : rows) {
     pattern_dlg_open(op);
     QDialog* asked = dialog("pattern_dlg");
-    ASSERT_TRUE(asked);
     EXPECT_EQ(asked->windowTitle().toStdString(), op ? "Unselect Pattern" : "Select Pattern");
     EXPECT_EQ(line(asked, "ppattern")->selectedText().toStdString(), last);
-    type(pattern);  // replaces the pattern used last
-    if (folders) press_in("pinclude");
-    press("Return");
-    EXPECT_FALSE(dialog("pattern_dlg"));
+    // What is typed replaces the pattern used last.
+    EXPECT_FALSE(stays("pattern_dlg",
+                       "'" + std::string(pattern) + (folders ? "' @pinclude Space Return" : "' Return")));
     EXPECT_EQ(selected(), expected) << pattern;
     EXPECT_EQ(base_window()->focusWidget(), fl_view());
     last = pattern;
@@ -83,9 +71,7 @@ TEST_F(SymlinkDlg, LinksToTheFirstSelectedEntry) {
   select({odd, "z"});
   symlink_dlg_open();
   EXPECT_EQ(find<QLabel>(dialog("symlink_dlg"), "symlink_src_lbl")->text(), QStringLiteral("?n? 'x' &y"));
-  type("link");
-  press("Return");
-  EXPECT_FALSE(dialog("symlink_dlg"));
+  EXPECT_FALSE(stays("symlink_dlg", "'link' Return"));
   EXPECT_EQ(link_target(dir_ / "link"), dir_ / odd);
 }
 
@@ -98,16 +84,12 @@ TEST_F(SymlinkDlg, NoticesAndTheQuestionKeepItOpen) {
                                                       {"file", "'file' exists and is not a symlink.\n"},
                                                       {"link", overwrite}};
   for (const auto& [name, message] : rows) {
-    ASSERT_TRUE(dialog("symlink_dlg"));
-    line(dialog("symlink_dlg"), "symlink_dst_txt")->setText(QString::fromUtf8(name));
     expect_message(message, "Esc");
-    press("Return");
+    EXPECT_TRUE(stays("symlink_dlg", "Ctrl+A Del '" + std::string(name) + "' Return"));
     EXPECT_EQ(held(), "file:file link@old ");
   }
-  ASSERT_TRUE(dialog("symlink_dlg"));
   expect_message(overwrite);
-  press("Return");
-  EXPECT_FALSE(dialog("symlink_dlg"));
+  EXPECT_FALSE(stays("symlink_dlg", "Return"));
   EXPECT_EQ(link_target(dir_ / "link"), dir_ / "file");
 }
 

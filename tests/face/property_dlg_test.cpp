@@ -46,11 +46,8 @@ TEST_F(PropertyDlg, ShowsOneEntryWhole) {
 TEST_F(PropertyDlg, RenamesAndChangesModeByKeys) {
   make({"zzz"});
   open_on_new({"old"});
-  type("new name");  // the name comes up selected
-  press_in("pr_uexec");
-  press_in("pr_setgroupid");
-  press("Return");
-  EXPECT_FALSE(dialog("property_dlg"));
+  // The name comes up selected.
+  EXPECT_FALSE(stays("property_dlg", "'new name' @pr_uexec Space @pr_setgroupid Space Return"));
   EXPECT_EQ(modes(), "new name 2744 zzz 644 ");
   EXPECT_EQ(current_name(), "new name");
 }
@@ -59,9 +56,8 @@ TEST_F(PropertyDlg, DoneWithNothingChangedLeavesOddNamesAndOwnersAlone) {
   const std::string odd = "caf\xe9\n-x";
   write_file(dir_ / odd, "", 0604);
   (void)!chown((dir_ / odd).c_str(), 3999999999u, 3999999998u);
-  ASSERT_TRUE(open_on({odd}));
-  press("Return");
-  EXPECT_FALSE(dialog("property_dlg"));
+  open_on({odd});
+  EXPECT_FALSE(stays("property_dlg", "Return"));
   EXPECT_EQ(mode_of(dir_ / odd), 0604u);
   EXPECT_EQ(gDir.count, 1);
 }
@@ -74,9 +70,7 @@ TEST_F(PropertyDlg, SeveralGetTheCommonBits) {
   EXPECT_TRUE(line(shown, "pr_name")->isReadOnly());
   write_file(dir_ / "a", "", 0644);
   signal_refresh();
-  press_in("pr_oread");
-  press_in("pr_done");
-  EXPECT_FALSE(dialog("property_dlg"));
+  EXPECT_FALSE(stays("property_dlg", "@pr_oread Space @pr_done Space"));
   EXPECT_EQ(modes(), "a 644 b 640 c 640 d 640 ");
 }
 
@@ -85,12 +79,10 @@ TEST_F(PropertyDlg, EachErrorIsShownAndTheRestGoesOnUntilEscape) {
   for (const bool escape : {false, true}) {
     QDialog* shown = open_on_new({"a", "b", "c", "d"});
     dir_.shell(escape ? "rm b" : "rm b c");
-    press_in("pr_oread");
     expect_message("Unable to change permissions of 'b'");
     if (!escape) expect_message("Unable to change permissions of 'c'");
     if (escape) QTimer::singleShot(0, shown, [shown] { press("Esc", shown); });
-    press("Return");
-    EXPECT_FALSE(dialog("property_dlg"));
+    EXPECT_FALSE(stays("property_dlg", "@pr_oread Space Return"));
     EXPECT_EQ(modes(), escape ? "a 640 c 644 d 644 " : "a 640 d 640 ");
   }
 }
@@ -106,8 +98,7 @@ TEST_F(PropertyDlg, BadTextsAreToldAndChangeNothing) {
   for (const auto& [field, text, message] : rows) {
     line(open_on_new({"mine"}), field)->setText(QString::fromUtf8(text));
     expect_message(message);
-    press("Return");
-    EXPECT_FALSE(dialog("property_dlg")) << "it closes whatever the outcome";
+    EXPECT_FALSE(stays("property_dlg", "Return")) << "it closes whatever the outcome";
     EXPECT_EQ(held(), "mine:mine taken:taken ");
   }
 }

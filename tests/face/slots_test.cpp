@@ -81,7 +81,7 @@ TEST_F(Slots, FiftyOpenQuestionsBlockNeitherOneAnotherNorTheWindow) {
   EXPECT_EQ(start(FOP_COPY, {"one more"}), -1);
   EXPECT_EQ(errno, ENOMEM);
   ASSERT_TRUE(asked("Copy/Move", SLOT_MOST));
-  type("goes on", &field);
+  press("'goes on'", &field);
   EXPECT_EQ(field.text(), QStringLiteral("goes on"));
 
   ASSERT_EQ(rows().size(), static_cast<size_t>(SLOT_MOST));

@@ -1,6 +1,7 @@
 #include "tests/face/window_test.h"
 
 #include <QRadioButton>
+#include <QRegularExpression>
 
 #include "commands/associations.h"
 #include "core/command_line.h"
@@ -15,18 +16,30 @@ bool wait_for(const std::function<bool()>& done) {
   return QTest::qWaitFor(done, 240000);
 }
 
-void press(const char* keys, QWidget* target) {
-  for (const QString& name : QString::fromLatin1(keys).split(QLatin1Char(' '))) {
-    const QKeyCombination key = QKeySequence(name)[0];
+namespace {
+// A toggle of an exclusive group is reached with the arrow keys from the one that is on.
+void tab_to(const QString& name) {
+  auto* wanted = WindowTest::find<QWidget>(QApplication::activeWindow(), name.toLatin1());
+  for (int i = 0; i < 120 && wanted && QApplication::focusWidget() != wanted; i++) {
+    const auto* here = qobject_cast<QRadioButton*>(QApplication::focusWidget());
+    const auto* there = qobject_cast<QRadioButton*>(wanted);
+    press(here && there && here->group() && here->group() == there->group() ? "Down" : "Tab");
+  }
+  ASSERT_TRUE(wanted && QApplication::focusWidget() == wanted) << name.toStdString();
+}
+}  // namespace
+
+void press(const std::string& words, QWidget* target) {
+  const QRegularExpression word(QStringLiteral("@(\\w+)|'([^']*)'|(\\S+)"));
+  for (const auto& match : word.globalMatch(QString::fromStdString(words))) {
     QWidget* focus = QApplication::focusWidget() ? QApplication::focusWidget() : QApplication::activeWindow();
-    ASSERT_TRUE(target || focus);
+    ASSERT_TRUE(target || focus) << words;
+    if (match.hasCaptured(1)) tab_to(match.captured(1));
+    if (match.hasCaptured(2)) QTest::keyClicks(target ? target : focus, match.captured(2));
+    if (!match.hasCaptured(3)) continue;
+    const QKeyCombination key = QKeySequence(match.captured(3))[0];
     QTest::keyClick(target ? target : focus, key.key(), key.keyboardModifiers());
   }
-}
-
-void type(const std::string& text, QWidget* target) {
-  ASSERT_TRUE(target || QApplication::focusWidget());
-  QTest::keyClicks(target ? target : QApplication::focusWidget(), QString::fromStdString(text));
 }
 
 std::vector<std::pair<std::string, std::string>> steps(const std::string& script) {
@@ -155,7 +168,7 @@ QPoint WindowTest::place_of(int i) {
 
 void WindowTest::act(const std::string& step) {
   const size_t blank = step.find(' ');
-  if (blank == std::string::npos) return key(step.c_str());
+  if (blank == std::string::npos) return key(step);
   const std::string name = step.substr(blank + 1);
   QTest::mouseEvent(step.starts_with("press")     ? QTest::MousePress
                     : step.starts_with("release") ? QTest::MouseRelease
@@ -218,16 +231,10 @@ QDialog* WindowTest::dialog(const char* name) {
   return nullptr;
 }
 
-// A toggle of an exclusive group is reached with the arrow keys from the one that is on.
-void WindowTest::press_in(const char* name, const char* keys) {
-  auto* wanted = find<QWidget>(QApplication::activeWindow(), name);
-  for (int i = 0; i < 120 && wanted && QApplication::focusWidget() != wanted; i++) {
-    const auto* here = qobject_cast<QRadioButton*>(QApplication::focusWidget());
-    const auto* there = qobject_cast<QRadioButton*>(wanted);
-    press(here && there && here->group() && here->group() == there->group() ? "Down" : "Tab");
-  }
-  ASSERT_TRUE(wanted && QApplication::focusWidget() == wanted) << name;
-  press(keys);
+bool WindowTest::stays(const char* name, const std::string& words) {
+  EXPECT_TRUE(dialog(name)) << name;
+  press(words);
+  return dialog(name) != nullptr;
 }
 
 Texts WindowTest::labels(const QMenu* menu) {

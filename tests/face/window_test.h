@@ -34,9 +34,9 @@ using Texts = std::vector<std::string>;
 
 // Lets events run until done. False when that does not come.
 bool wait_for(const std::function<bool()>& done);
-// Presses keys, named as in menus, a blank between two: in target, or in what has the focus at each of them.
-void press(const char* keys, QWidget* target = nullptr);
-void type(const std::string& text, QWidget* target = nullptr);
+// Works in target, or in what has the focus at each moment. What it does is said word by word: a key, named
+// as in menus, a 'text' that is typed, "@name" to tab to the widget of that name in the active window.
+void press(const std::string& words, QWidget* target = nullptr);
 // "what is done = what is so then; ..." as pairs.
 std::vector<std::pair<std::string, std::string>> steps(const std::string& script);
 // The visible windows of that title whose descriptions hold the text.
@@ -79,15 +79,15 @@ class WindowTest : public testing::Test {
   // Presses a key in the list, or has the mouse act on a row ("-": below the rows) as in "click name",
   // "Shift+click name", "menu name" for its right button, "press name" or "release name".
   static void act(const std::string& step);
-  static void key(const char* keys) { press(keys, fl_view()); }
+  static void key(const std::string& words) { press(words, fl_view()); }
 
   // The next message must have this text, and gets key.
   void expect_message(const std::string& text, const char* key = "Return");
   bool answered() const;  // waits until every expected message came and went
   // The open dialog of that name, ready for keys; null when there is none.
   static QDialog* dialog(const char* name);
-  // Tabs in the open dialog to the widget of that name, and presses keys there.
-  static void press_in(const char* name, const char* keys = "Space");
+  // Works in the open dialog of that name. Whether it is open then.
+  static bool stays(const char* name, const std::string& words);
   static Texts labels(const QMenu* menu);
 
   TempDir dir_, config_, home_;
