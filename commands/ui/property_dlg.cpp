@@ -36,7 +36,10 @@ void x_block_text(QLineEdit* field, bool blocked) {
   field->setFocusPolicy(blocked ? Qt::NoFocus : Qt::StrongFocus);
   QPalette palette = field->parentWidget()->palette();
   if (palette.color(QPalette::Window).lightness() < 128) {  // a dark desktop keeps its own colours
-    if (blocked) palette.setColor(QPalette::Base, palette.color(QPalette::Window));
+    if (blocked) {
+      palette.setColor(QPalette::Base, palette.color(QPalette::Window));
+      palette.setColor(QPalette::Text, palette.color(QPalette::PlaceholderText));
+    }
   } else {
     palette.setColor(QPalette::Base, blocked ? QColor(0xd9, 0xd9, 0xd9) : QColor(Qt::white));
     palette.setColor(QPalette::Text, blocked ? QColor(0x60, 0x60, 0x60) : QColor(Qt::black));

@@ -65,7 +65,8 @@ void SlotRow::slot_pause_cb() {
   if (!control_) return;
   const bool paused = ui_->slot_pause->isChecked();
   control_->pause = paused;
-  ui_->slot_progress_bar->setEnabled(!paused);
+  // A toggle that is down hardly differs from one that is up in dark colours.
+  ui_->slot_progress_bar->setFormat(paused ? QStringLiteral("%p% paused") : QStringLiteral("%p%"));
 }
 
 // The worker holds still while the user decides; the row's buttons wait for the answer, other rows do not.
