@@ -1,20 +1,20 @@
 #include "core/toolkit/icons.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QFile>
 #include <QHash>
 #include <QIconEngine>
-#include <QImage>
+#include <QImageReader>
 #include <QPainter>
 #include <QPalette>
 #include <QPixmapCache>
+#include <QResource>
+#include <cstring>
 
-#include "core/toolkit/drawing.h"
+#include "core/toolkit/icon_pack.h"
 
 namespace {
-
-// What the drawings use where the text colour belongs.
-const char kInk[] = "#1a1a1a";
 
 struct ThemeName {
   const char* name;
@@ -44,10 +44,57 @@ QColor ink_color(QIcon::Mode mode) {
   return palette.color(QPalette::Active, QPalette::ButtonText);
 }
 
-QByteArray icon_source(const QString& name, const QColor& ink) {
+// The toolkit's SVG reader is a plugin that costs more to load than all else that a window shows: it is asked
+// only for sizes that the build has not drawn.
+QImage drawn_icon(const QString& name, const QSize& size, const QColor& ink) {
   QFile file(QStringLiteral(":/icons/%1.svg").arg(name));
   if (!file.open(QIODevice::ReadOnly)) return {};
-  return file.readAll().replace(kInk, ink.name().toLatin1());
+  QBuffer buffer;
+  buffer.setData(file.readAll().replace(kDrawnInk, ink.name().toLatin1()));
+  QImageReader reader(&buffer, "svg");
+  reader.setScaledSize(size);
+  return reader.read();
+}
+
+QImage unpacked(const uchar* data, int side, const QColor& colour) {
+  QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+  const uchar* ink = data + side * side * 4;
+  const uint add = colour.rgb() & 0xffffff;
+  for (int y = 0; y < side; ++y) {
+    QRgb* line = reinterpret_cast<QRgb*>(image.scanLine(y));
+    std::memcpy(line, data + y * side * 4, size_t(side) * 4);
+    for (int x = 0; x < side; ++x, ++ink) {
+      const uint part = *ink;
+      if (part == 0 || add == 0) continue;
+      line[x] += ((add >> 16) * part / 255) << 16 | ((add >> 8 & 0xff) * part / 255) << 8 |
+                 (add & 0xff) * part / 255;
+    }
+  }
+  return image;
+}
+
+// The image as the build has drawn it, with the ink's colour; with no side, of any size. Null when there is
+// none.
+QImage packed_icon(const QString& name, int side, const QColor& ink) {
+  static const QResource pack(QStringLiteral(":/icons.pack"));
+  const uchar* data = pack.data();
+  uint32_t count = 0;
+  if (data) std::memcpy(&count, data, sizeof count);
+  for (uint32_t i = 0; i < count; ++i) {
+    PackedIcon icon;
+    std::memcpy(&icon, data + sizeof count + i * sizeof icon, sizeof icon);
+    if ((side == 0 || int(icon.side) == side) && name == QLatin1String(icon.name))
+      return unpacked(data + icon.offset, int(icon.side), ink);
+  }
+  return {};
+}
+
+QImage icon_image(const QString& name, const QSize& size, const QColor& ink) {
+  QImage image = size.width() == size.height() ? packed_icon(name, size.width(), ink) : QImage();
+  if (image.isNull()) image = drawn_icon(name, size, ink);
+  if (image.isNull())
+    image = packed_icon(name, 0, ink).scaled(size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  return image;
 }
 
 class SvgEngine : public QIconEngine {
@@ -86,11 +133,7 @@ class SvgEngine : public QIconEngine {
 
  private:
   QPixmap draw(const QSize& size, QIcon::Mode mode, const QColor& ink) const {
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    QPainter own(&image);
-    drawing_paint(icon_source(name_, ink), &own, size);
-    own.end();
+    const QImage image = icon_image(name_, size, ink);
     if (mode != QIcon::Disabled) return QPixmap::fromImage(image);
     QImage faded(image.size(), QImage::Format_ARGB32_Premultiplied);
     faded.fill(Qt::transparent);
