@@ -134,21 +134,23 @@ void base_create() {
   fl_setup(sUi.filelist);
   base_wire_list(sUi.filelist);
   fl_set_notify_cb(base_update);
-  base_wire_menus(sBase);
   pane_keys_setup(sBase, sUi.splitter, sUi.tree);
   base_set_divider_metrics(gConfig);
   base_set_window_metrics(gConfig);
   show_sort_method();
-  // A window that is not shown yet is not told of a theme's change.
-  QTimer::singleShot(0, sBase, base_colours_changed);
 }
 
 void base_show() {
-  if (sBase && !sBase->isVisible() && !program_ending()) sBase->show();
+  if (sBase && !program_ending()) sBase->setUpdatesEnabled(true);
 }
 
 void base_open(const CommandLine& line) {
   place_window(line);
+  // The window manager frames it meanwhile; it is painted once, with its first list in it.
+  sBase->setUpdatesEnabled(false);
+  sBase->show();
+  base_wire_menus(sBase);
+  base_colours_changed();  // a window that is not shown yet is not told of a theme's change
   QTimer late;
   late.setSingleShot(true);
   QObject::connect(&late, &QTimer::timeout, sBase, base_show);

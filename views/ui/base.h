@@ -21,9 +21,10 @@ T* base_find(const char* name) {
 
 // Builds the window and its content from the settings, unshown (phase 1).
 void base_create();
-// Shows it where the command line wants it, with the start directory in it (phase 2). Events run.
+// Shows it where the command line wants it, and paints it when the start directory is in it (phase 2). Events
+// run.
 void base_open(const CommandLine& line);
-// Shows it now, when it still waits for its first list: something else is to stand in front of it.
+// Paints it now, when it still waits for its first list: something else is to stand in front of it.
 void base_show();
 // Saves, once, what is to be kept: metrics and record when save-on-exit is set, histories, hotlist. Nothing
 // without a settings directory. Sets base_window_closed.
