@@ -49,5 +49,10 @@ int main(int argc, char** argv) {
   QApplication::setWindowIcon(icon_get("zan"));
   QApplication::setDesktopFileName(QStringLiteral("zan"));
   QApplication::setQuitOnLastWindowClosed(false);
-  return startup_run(argc, argv, line);
+  const int status = startup_run(argc, argv, line);
+  // The toolkit's Wayland client, when it is taken down, now and then waits for ever for a thread of its own.
+  // All is kept by now, and the compositor takes the windows as the process goes; on X the clipboard is
+  // handed over below.
+  if (QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) _exit(status);
+  return status;
 }
