@@ -149,10 +149,12 @@ class PickOnlyFromList : public QObject {
 // down, and completes in its own way.
 void make_editable(QComboBox* combo, QCompleter* none) {
   auto* line = new QLineEdit(combo);
+  // Else Shift+Tab comes upon the line first, and so to the box again. Once the line hands its focus to the
+  // box, the toolkit would put the line behind itself, and others keep pointing to it when it is gone.
+  QWidget::setTabOrder(combo, line);
   line->setCompleter(none);
   combo->setLineEdit(line);
   line->setCompleter(nullptr);
-  QWidget::setTabOrder(combo, line);  // else Shift+Tab comes upon the line first, and so to the box again
 }
 
 void setup_combo(QComboBox* combo, QCompleter* none) {
