@@ -1,14 +1,13 @@
 #!/usr/bin/python3
-"""A clipboard manager of the kind that desktops run: asked by a program that ends (SAVE_TARGETS), it takes over
-every form of the clipboard's content and serves it from then on. Prints "ready" once it can be asked. Contents
-that need to come in portions are not supported."""
+"""A clipboard manager: asked by a program that ends (SAVE_TARGETS), it takes over every form of the clipboard's content
+and serves it from then on. Prints "ready" once it can be asked. Contents that come in portions are not supported."""
 from Xlib import X, Xatom, display
 from Xlib.protocol import event
 
 connection = display.Display()
 window = connection.screen().root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
 CLIPBOARD, MANAGER, HERE, TARGETS, SAVE, *NO_CONTENT = map(connection.intern_atom, (
-    "CLIPBOARD", "CLIPBOARD_MANAGER", "ZAN_TEST_TRANSFER", "TARGETS", "SAVE_TARGETS", "MULTIPLE", "TIMESTAMP", "DELETE"))
+    "CLIPBOARD", "CLIPBOARD_MANAGER", "ZAN_TRANSFER", "TARGETS", "SAVE_TARGETS", "MULTIPLE", "TIMESTAMP", "DELETE"))
 saved = {}  # the type, the format and the value of each form
 
 

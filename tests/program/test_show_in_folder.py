@@ -1,11 +1,9 @@
 #!/usr/bin/env python3
 """"Show in folder" of other programs: the desktop's file-manager interface on the session bus."""
 import os
-import shutil
-import sys
 import time
 
-from harness import becomes, descendants, read, run, wait_for
+from harness import becomes, descendants, read, run, wait_for, write
 
 
 def call(desk, method, *uris):
@@ -18,9 +16,7 @@ def start_with_bus(desk, path):
     """A zan that offers the interface on a bus of the test's own."""
     desk.start_bus()
     app = desk.start(path)
-    wait_for(lambda: "true" in desk.said("gdbus", "call", "--session", "--dest=org.freedesktop.DBus", "--object-path=/",
-                                         "--method=org.freedesktop.DBus.NameHasOwner", "org.freedesktop.FileManager1"),
-             "the name on the bus")
+    desk.said("gdbus", "wait", "--session", "org.freedesktop.FileManager1")
     return app
 
 
@@ -65,11 +61,10 @@ def answers_odd_calls_with_the_nearest_directory(desk):
 
 def is_started_by_the_bus(desk):
     """The installed service file starts the launcher, and the call's directory is shown in that one window."""
-    services = os.path.join(desk.root, "data/dbus-1/services")
     packaging = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../packaging")
-    os.makedirs(services)
-    shutil.copy(os.path.join(packaging, "org.freedesktop.FileManager1.service"), services)
-    desk.env.update(XDG_DATA_HOME=os.path.join(desk.root, "data"), PATH=":".join((packaging, desk.bin, desk.env["PATH"])))
+    service = "/org.freedesktop.FileManager1.service"
+    write(desk.root + "/dbus-1/services" + service, read(packaging + service))
+    desk.env.update(XDG_DATA_HOME=desk.root, PATH=":".join((packaging, desk.bin, desk.env["PATH"])))
     desk.start_bus()
     shown = []
     for folder in (desk.make("there/"), desk.work):
@@ -86,5 +81,5 @@ def starts_nothing_without_a_bus(desk):
     app.end()
 
 
-sys.exit(run([opens_folders_and_items_in_windows, answers_odd_calls_with_the_nearest_directory,
-              is_started_by_the_bus, starts_nothing_without_a_bus]))
+run([opens_folders_and_items_in_windows, answers_odd_calls_with_the_nearest_directory,
+     is_started_by_the_bus, starts_nothing_without_a_bus])
