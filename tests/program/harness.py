@@ -169,8 +169,6 @@ class App:
 class Place:
     """A directory of its own for a test; what the test starts ends with it."""
 
-    server_options = []  # more arguments of the display server
-
     def __init__(self, bin_dir):
         self.bin = os.path.abspath(bin_dir)
 
@@ -196,6 +194,8 @@ class Place:
 class Desktop(Place):
     """A display server, a window manager, a HOME and a scratch directory."""
 
+    server_options = []  # more arguments of the display server
+
     def prepare(self):
         self.apps, self.server = [], None
         for tool in ("Xvfb", "xdotool", "wmctrl", "openbox"):
@@ -210,7 +210,7 @@ class Desktop(Place):
         os.makedirs(self.work)
         read_end, write_end = os.pipe()
         self.server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x800x24", "-noreset",
-                                        "-nolisten", "tcp", *self.server_options], pass_fds=[write_end], stderr=subprocess.DEVNULL)
+                                        *self.server_options], pass_fds=[write_end], stderr=subprocess.DEVNULL)
         os.close(write_end)
         with os.fdopen(read_end) as pipe:
             self.display = ":" + pipe.readline().strip()

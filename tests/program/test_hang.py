@@ -7,6 +7,7 @@ import sys
 
 from harness import becomes, listing, read, run, skip, stat_of, wait_for, write
 
+
 @contextlib.contextmanager
 def hung(desk, mode, number=0):
     """A file system whose calls hang: its path, and a function that waits for one that does."""

@@ -70,9 +70,6 @@ def starts_below(desk, root):
 
 
 def makes_a_debian_package(desk):
-    missing = [tool for tool in ("cpack", "dpkg", "dpkg-deb", "dpkg-shlibdeps") if not shutil.which(tool)]
-    if missing:
-        return print(f"     left out: no {missing}")
     made, root = os.path.join(desk.root, "package"), os.path.join(desk.root, "machine")
     said("cpack", "-G", "DEB", "-B", made, cwd=os.path.dirname(desk.bin))
     package, = glob.glob(made + "/*.deb")
@@ -98,4 +95,5 @@ def makes_a_debian_package(desk):
     assert left == (["var"], []), left
 
 
-run([installs_what_a_desktop_needs, makes_a_debian_package])
+can_pack = all(map(shutil.which, ("cpack", "dpkg", "dpkg-deb", "dpkg-shlibdeps")))
+run([installs_what_a_desktop_needs] + ([makes_a_debian_package] if can_pack else []))
