@@ -97,20 +97,12 @@ void settings_take_over(Settings* record, const char* dir, const char* name) {
   Settings theirs;
   if (!settings_read(&theirs, dir, name)) return;
   settings_migrate(&theirs);
-  take_over(record->cdirs, sLoaded.cdirs, theirs.cdirs);
-  take_over(record->editor, sLoaded.editor, theirs.editor);
-  take_over(record->print, sLoaded.print, theirs.print);
-  take_over(record->terminal, sLoaded.terminal, theirs.terminal);
-  take_over(record->tree_font, sLoaded.tree_font, theirs.tree_font);
-  take_over(record->list_font, sLoaded.list_font, theirs.list_font);
+  const auto each = [&](auto... field) { (take_over(record->*field, sLoaded.*field, theirs.*field), ...); };
+  each(&Settings::cdirs, &Settings::editor, &Settings::print, &Settings::terminal, &Settings::tree_font,
+       &Settings::list_font, &Settings::hotlist_width, &Settings::window_height, &Settings::window_width,
+       &Settings::type_ahead_ms, &Settings::hotlist_shown, &Settings::encoding);
   for (int i = 0; i < 6; ++i)
     take_over(record->column_width[i], sLoaded.column_width[i], theirs.column_width[i]);
-  take_over(record->hotlist_width, sLoaded.hotlist_width, theirs.hotlist_width);
-  take_over(record->window_height, sLoaded.window_height, theirs.window_height);
-  take_over(record->window_width, sLoaded.window_width, theirs.window_width);
-  take_over(record->type_ahead_ms, sLoaded.type_ahead_ms, theirs.type_ahead_ms);
-  take_over(record->hotlist_shown, sLoaded.hotlist_shown, theirs.hotlist_shown);
-  take_over(record->encoding, sLoaded.encoding, theirs.encoding);
   for (const uint32_t bits : kFlagGroups)
     if (((record->flags ^ sLoaded.flags) & bits) == 0)
       record->flags = (record->flags & ~bits) | (theirs.flags & bits);

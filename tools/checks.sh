@@ -36,13 +36,13 @@ check_fuzz() {
 }
 check_tidy() {
   cmake_build "$root" dev
-  sources core dirmodel views fileops commands platform op companions tools | grep '\.cpp$' |
+  sources core dirmodel views fileops commands platform op companions | grep '\.cpp$' |
     xargs -P 2 -n 4 clang-tidy -p build/dev --quiet --extra-arg=-Wno-unknown-warning-option 2>/dev/null
 }
 check_cppcheck() {
   cppcheck -q -j 2 --std=c++20 --language=c++ --enable=warning,performance,portability --inline-suppr \
     --suppress=missingIncludeSystem --suppress=unknownMacro --suppress=identicalConditionAfterEarlyExit --suppress=virtualCallInConstructor -D__linux__ -I. --error-exitcode=1 \
-    core dirmodel views fileops commands platform op companions tools
+    core dirmodel views fileops commands platform op companions
 }
 
 for name in ${*:-format unity asan tsan fuzz tidy cppcheck}; do

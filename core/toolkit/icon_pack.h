@@ -1,5 +1,5 @@
-// The form of ":/icons.pack": the program's images, drawn once at build time (tools/icon_pack.cpp) in the
-// sizes that its window shows at the usual scale. In native byte order: the count, so many entries, the
+// The form of ":/icons.pack": the program's images, drawn once at build time (core/toolkit/icon_pack.cpp) in
+// the sizes that its window shows at the usual scale. In native byte order: the count, so many entries, the
 // pixels.
 #pragma once
 
