@@ -2,10 +2,9 @@
 
 #include <algorithm>
 
-#include "tests/support/shown_dir.h"
 #include "tests/support/stand_ins.h"
 
-using Call = StandIns::Call;
+using AssociationsTest = ProgramsTest;
 static const char kFile[] = "associate.003";
 static const std::string kHeaderLine =
     "# <pattern[|pattern[..]]> \\t <open_command> \\t <view_command> \\t <edit command>\n";
@@ -26,10 +25,9 @@ TEST(Associations, ReadsWhatStandsInTheFile) {
   const std::string fill(1016, 'f');
   const std::pair<std::string, std::string> rows[] = {
       {kHeaderLine, ""},
-      {"*.a\to\tv\te\tfifth\tsixth", "*.a\to\tv\te\n"},  // no newline at the end
+      {"*.a\to\tv\te\tfifth\tsixth", "*.a\to\tv\te\n"},
       {"# no\n*.a\to\n#no\n*.b\t\tv\n", "*.a\to\t\t\n*.b\t\tv\t\n"},
       {std::string("*.a\to\0lost\tv\n", 12), "*.a\to\t\t\n"},
-      // 1023 bytes are one reading; what follows is a line of its own.
       {"*.a\to" + fill + "\t\tb\tp\n", "*.a\to" + fill + "\t\t\nb\tp\t\t\n"}};
   for (const auto& [text, table] : rows) {
     read_text(text);
@@ -53,21 +51,17 @@ TEST(Associations, WritesWhatItReadsBack) {
 TEST(Associations, LooksUpTheFirstThatMatches) {
   read_text("*.a|x?\to\tv\t \v\n^*.JPG|*.gif\to2\t\te2\n*.jpg\to3\tv3\te3\n");
   // Blanks are no command, and a later record's is not looked for.
-  const std::tuple<const char*, int, std::string> rows[] = {
-      {"f.a", 0, "o v -"}, {"p.jpg", 1, "o2 - e2"}, {"p.GIF", 1, "o2 - e2"}, {"f.A", -1, "- - -"}};
-  for (const auto& [name, index, commands] : rows) {
-    const auto command = [name = name](int selector) {
+  const auto commands = [](const char* name) {
+    return each<int>({AS_OPEN, AS_VIEW, AS_EDIT}, [name](int selector) {
       const char* found = _get_pat_cmd(name, selector);
-      return std::string(found ? found : "-");
-    };
-    EXPECT_EQ(_get_pat_idx(name), index) << name;
-    EXPECT_EQ(command(AS_OPEN) + " " + command(AS_VIEW) + " " + command(AS_EDIT), commands) << name;
-  }
+      return found ? found : "-";
+    });
+  };
+  EXPECT_EQ(each<const char*>({"f.a", "p.jpg", "p.GIF", "f.A"}, commands),
+            "o|v|-||o2|-|e2||o2|-|e2||-|-|-||");
 }
 
-TEST(Associations, OpenRunsEveryMatchOrTheFileItself) {
-  ShownDir dir;
-  StandIns programs;
+TEST_F(AssociationsTest, OpenRunsEveryMatchOrTheFileItself) {
   programs.add("terminal");
   read_text("*.a\tfirst\n*.b\tother\n[$x]*\tsecond @ end\n");
   EXPECT_EQ(as_open("x.a", 0100755), 2);
@@ -77,27 +71,22 @@ TEST(Associations, OpenRunsEveryMatchOrTheFileItself) {
   EXPECT_EQ(commands, (std::vector<std::string>{"first 'x.a' ", "second 'x.a'  end"}));
   programs.clear();
   EXPECT_EQ(as_open("run.sh", 0100100), 0);
-  EXPECT_EQ(programs.calls(1)[0].back(), "./run.sh");
-  programs.clear();
+  EXPECT_EQ(programs.take().back(), "./run.sh");
   EXPECT_EQ(as_open("run.sh", 0100655), 0);  // only others may execute it
   EXPECT_TRUE(programs.calls(0).empty());
 }
 
-TEST(Associations, NoNameIsExecuted) {
-  ShownDir dir;
-  StandIns programs;
+TEST_F(AssociationsTest, NoNameIsExecuted) {
   programs.add_running_terminal();
   programs.add("kored");
   programs.add("file", "echo \"$2: some type\"");
   for (const std::string& name : hostile_names()) {
     read_text("*\tkored\n");
-    programs.clear();
     as_open(name.c_str(), 0100644);
-    EXPECT_EQ(programs.calls_of("kored", 1)[0], (Call{"kored", as_received(name)}));
+    EXPECT_EQ(programs.take("kored"), (Call{"kored", as_received(name)}));
     std::string type;
     EXPECT_EQ(as_get_filetype(name.c_str(), 0100644, &type), 1);
-    EXPECT_EQ(programs.calls_of("file", 1)[0],
-              (Call{"file", "-L", name.starts_with('-') ? "./" + name : name}));
+    EXPECT_EQ(programs.take("file"), (Call{"file", "-L", name.starts_with('-') ? "./" + name : name}));
     EXPECT_TRUE(type == "some type\n" || name.find('\n') != std::string::npos) << name;
     as_replace({});
     write_file("./" + name, "#!/bin/sh\n: > ran\n", 0755);
@@ -108,22 +97,14 @@ TEST(Associations, NoNameIsExecuted) {
   EXPECT_FALSE(path_exists("canary"));
 }
 
-TEST(Associations, FileTypeFallsBackOnTheMode) {
-  const ShownDir dir;
-  StandIns programs;
+TEST_F(AssociationsTest, FileTypeFallsBackOnTheMode) {
   programs.add("file", "exit 0");
-  const std::pair<mode_t, std::string> rows[] = {{0x41ff, "Directory"},
-                                                 {0xA1ff, "Symbolic Link"},
-                                                 {0x81c0, "Executable"},
-                                                 {0x8180, "Regular File"},
-                                                 {0x9000, "as it was"}};
-  for (const auto& [mode, expected] : rows) {
+  const auto type = [](mode_t mode) {
     std::string text = "as it was";
-    EXPECT_EQ(as_get_filetype("x", mode, &text), expected != "as it was") << std::hex << mode;
-    EXPECT_EQ(text, expected) << std::hex << mode;
-  }
-  std::string text;
+    return std::to_string(as_get_filetype("x", mode, &text)) + text;
+  };
+  EXPECT_EQ(each<mode_t>({0x41ff, 0xA1ff, 0x81c0, 0x8180, 0x9000}, type),
+            "1Directory|1Symbolic Link|1Executable|1Regular File|0as it was|");
   programs.add("file", "exec sleep 1000");  // longer than the test may take
-  EXPECT_EQ(as_get_filetype("x", 0100644, &text), 1);
-  EXPECT_EQ(text, "Regular File");
+  EXPECT_EQ(type(0100644), "1Regular File");
 }

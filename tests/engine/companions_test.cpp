@@ -1,13 +1,8 @@
 #include "core/command_text.h"
 #include "platform/host.h"
-#include "tests/support/shown_dir.h"
 #include "tests/support/stand_ins.h"
 
-using Call = StandIns::Call;
-
-struct Companions : testing::Test {
-  ShownDir dir;
-  StandIns programs;
+struct Companions : ProgramsTest {
   std::string output;  // both outputs of the last run
   void SetUp() override { programs.hide_other_programs(); }
   // Runs a companion without a terminal and waits for it. Its exit status; the calls before are forgotten.
@@ -18,12 +13,13 @@ struct Companions : testing::Test {
     return run_shell(command + " 2>&1 </dev/null", &output);
   }
 };
+
 TEST_F(Companions, KeepsTheWindowOpenWithTheCommandUntouched) {
   programs.add_running_terminal();
   programs.add("tool", "exit 3");
   for (const std::string& name : hostile_names()) {
     run("conwin", {"-z", "tool", name, "@"});
-    EXPECT_EQ(programs.calls_of("tool", 1)[0], (Call{"tool", name, "@"}));
+    EXPECT_EQ(programs.take("tool"), (Call{"tool", name, "@"}));
     EXPECT_NE(output.find("ended with status 3"), std::string::npos) << output;
   }
   EXPECT_FALSE(path_exists("canary"));
@@ -59,7 +55,7 @@ TEST_F(Companions, TheEditorIsTheUsersOwn) {
     setenv("VISUAL", visual, 1);
     setenv("EDITOR", editor, 1);
     run("kored", arguments);
-    EXPECT_EQ(programs.calls_of(call[0], 1)[0], call);
+    EXPECT_EQ(programs.take(call[0]), call);
   }
   unsetenv("VISUAL");
   unsetenv("DISPLAY");
@@ -86,7 +82,7 @@ TEST_F(Companions, PagesGoToTheBrowser) {
     setenv("BROWSER", browser.c_str(), 1);
     for (const auto& [arguments, address] : rows) {
       run("roamer", arguments);
-      EXPECT_EQ(programs.calls(1)[0], (Call{browser == "browser" ? "browser" : "xdg-open", address}));
+      EXPECT_EQ(programs.take(), (Call{browser == "browser" ? "browser" : "xdg-open", address}));
     }
   }
 }

@@ -1,33 +1,19 @@
-#include "views/fname.h"
-
 #include <gtest/gtest.h>
 
 #include <thread>
 
-#include "core/state.h"
+#include "tests/support/encoding.h"
 
-// Sets mode and character set for one test, and back.
-struct Encoding {
-  explicit Encoding(uint32_t mode, const char* charset = "") {
-    set(mode);
-    fname_set_translation(charset);
-  }
-  ~Encoding() {
-    set(0);
-    fname_set_translation("");
-  }
-  static void set(uint32_t mode) { gConfig->flags = (gConfig->flags & ~SET_ENC_MASK) | mode; }
-};
 TEST(Fname, DecodesByMode) {
-  // Shown null: the very argument.
+  // Overlong, half of a surrogate pair, beyond the last character; shown null: the very argument.
   const std::tuple<uint32_t, const char*, const char*, const char*, int> rows[] = {
       {0, "", "caf\xc3\xa9", nullptr, 0},
       {0, "", "a\xff.", "?a?.", 1},
       {0, "", "\xc3", "??", 1},
-      {0, "", "\xc0\xaf", "???", 2},  // overlong
+      {0, "", "\xc0\xaf", "???", 2},
       {0, "", "\xe0\x9f\xbf", "????", 3},
-      {0, "", "\xed\xa0\x80", "????", 3},       // half of a surrogate pair
-      {0, "", "\xf4\x90\x80\x80", "?????", 4},  // beyond the last character
+      {0, "", "\xed\xa0\x80", "????", 3},
+      {0, "", "\xf4\x90\x80\x80", "?????", 4},
       {0, "", "\xf0\x9f\x98\x80", nullptr, 0},
       {SET_ENC_UTF8_ALTERNATE, "ISO-8859-1", "caf\xc3\xa9", nullptr, 0},
       {SET_ENC_UTF8_ALTERNATE, "ISO-8859-1", "caf\xe9", "caf\xc3\xa9", 0},
@@ -40,8 +26,7 @@ TEST(Fname, DecodesByMode) {
     int count = -1;
     const char* decoded = fname_decode(name, &count);
     EXPECT_STREQ(decoded, shown ? shown : name) << mode << charset;
-    EXPECT_TRUE(shown || decoded == name) << mode << charset;
-    EXPECT_EQ(count, replaced) << mode << charset << " " << name;
+    EXPECT_TRUE((shown || decoded == name) && count == replaced) << mode << charset << " " << name;
   }
 }
 

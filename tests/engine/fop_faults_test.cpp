@@ -1,9 +1,8 @@
-// Faults that really happen: a disk that fills up, sources that change or read wrongly while they are copied.
+// Faults that really happen: a disk that fills up, sources that change while they are copied.
 #include <fcntl.h>
 #include <sys/mount.h>
 
 #include "tests/engine/fop_run.h"
-#include "tests/support/slow_mount.h"
 
 using FaultTest = FopTest;
 
@@ -11,9 +10,9 @@ TEST_F(FaultTest, AFullDiskIsRetriedSkippedOrAborted) {
   const std::string full = "'to/big'\nNo space left on device\n|",
                     question = "Write error|Unable to write " + full + "&Retry|&Skip|&Abort",
                     told = "Copy/Move|Error writing " + full + "&Continue|&Abort";
-  const std::tuple<int, Names, std::string> rows[] = {{1, {question}, "big other "},
-                                                      {2, {question, told}, "filler other "},
-                                                      {3, {question, "aborted"}, "filler "}};
+  const std::tuple<int, std::string, std::string> rows[] = {{1, question, "big other "},
+                                                            {2, question + told, "filler other "},
+                                                            {3, question + "aborted", "filler "}};
   dir.shell("head -c 6000000 /dev/urandom >from/big && echo small >from/other");
   for (const auto& [answer, questions, made] : rows)
     for (const std::string before : {"", "old\n"}) {
@@ -25,8 +24,7 @@ TEST_F(FaultTest, AFullDiskIsRetriedSkippedOrAborted) {
         if (answer == 1) unlink((dir / "to/filler").c_str());
       };
       go(FOP_COPY, {"big", "other"}, "to", {}, FOP_OVERWRITE_ALL);
-      EXPECT_EQ(asked, questions);
-      EXPECT_EQ(dir.listing("to"), (before.empty() || answer == 1 ? "" : "big ") + made) << answer;
+      EXPECT_EQ(asked + dir.listing("to"), questions + (before.empty() || answer == 1 ? "" : "big ") + made);
       EXPECT_EQ(read_file(dir / "to/big"), answer == 1 ? read_file(dir / "from/big") : before) << answer;
       umount2((dir / "to").c_str(), MNT_DETACH);
     }
@@ -47,28 +45,12 @@ TEST_F(FaultTest, ASourceThatChangesIsCopiedWholeOrReported) {
       changed = run_shell("cd '" + (dir / "from") + "' && " + change) == 0;
     });
     EXPECT_TRUE(changed) << change;
-    EXPECT_EQ(asked,
-              reported ? Names{"Copy/Move|Error reading 'from/src'\nIts size has changed\n|&Continue|&Abort"}
-                       : Names());
+    const char* error = "Copy/Move|Error reading 'from/src'\nIts size has changed\n|&Continue|&Abort";
+    EXPECT_EQ(asked, reported ? error : "");
     const std::string source = "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(held);
     dir.shell(reported ? "[ ! -e to/src ]" : "cmp " + source + " to/src");
     close(held);
   }
-}
-
-TEST_F(FaultTest, WhatReadsWronglyIsReported) {
-  SlowMount mount("faulty", 0);
-  if (!mount.mounted()) GTEST_SKIP() << "no FUSE file system can be mounted here";
-  from = mount.path();
-  go(FOP_COPY, {"entry00", "entry02", "entry01", "entry03"}, "to", {1, 1});
-  const std::string reading = "Copy/Move|Error reading '" + from + "/entry0";
-  EXPECT_EQ(asked, (Names{reading + "2'\nIts size has changed\n|&Continue|&Abort",
-                          reading + "3'\nInput/output error\n|&Continue|&Abort"}));
-  std::string expected;
-  for (int i = 0; i < 100000; ++i) expected += static_cast<char>(i % 251);
-  EXPECT_EQ(dir.listing("to"), "entry00 entry01 ");
-  for (const char* name : {"to/entry00", "to/entry01"})
-    EXPECT_TRUE(read_file(dir / name) == expected) << name;
 }
 
 TEST_F(FaultTest, ACopyIsNeverMoreReadableThanItsSource) {

@@ -15,8 +15,8 @@ struct FopTest : testing::Test {
   TempDir dir, other{"/dev/shm"};
   std::string from = dir / "from";
   std::function<void(TerminalAlert&)> on_alert;
-  Names asked;  // "title|message|buttons", and behind them "aborted" where it was
-  Names done;   // "dir/name" in the order told
+  std::string asked;  // each "title|message|buttons", and behind them "aborted" where it was
+  Names done;         // "dir/name" in the order told
   int items = 0;
 
   void SetUp() override { dir.shell("mkdir from to && ln -s '" + other.path() + "' other"); }
@@ -40,7 +40,8 @@ struct FopTest : testing::Test {
     info.linger_ms = 0;
     info.control = std::make_shared<fop_control>();
     if (watch) info.control->watch = [&watch, c = info.control.get()](int percent) { watch(*c, percent); };
-    asked.clear(), done.clear();
+    asked.clear();
+    done.clear();
     const auto told = [this](const std::string& where, const Names& all) {
       EXPECT_TRUE(desk_on_interface_thread());
       for (const std::string& name : all) done.push_back(below_dir(where + "/" + name));
@@ -51,8 +52,16 @@ struct FopTest : testing::Test {
     ASSERT_TRUE(terminal_run_until([&] { return ended.load(); }, 200000));
     items = control->done_items;
     for (const TerminalAlert& alert : terminal_alerts())
-      asked.push_back(below_dir(alert.title + "|" + alert.message + "|" + alert.buttons));
-    if (control->aborted) asked.push_back("aborted");
+      asked += below_dir(alert.title + "|" + alert.message + "|" + alert.buttons);
+    if (control->aborted) asked += "aborted";
+  }
+
+  // Prepares dir, does it, and compares what was asked and what a script then finds.
+  void check(const std::string& make, int kind, const Names& names, const std::string& to, uint32_t flags,
+             const std::vector<int>& answers, const std::string& look, const std::string& found) {
+    dir.shell("rm -rf [!o]* outside other/* && mkdir from to; " + make);
+    go(kind, names, to, answers, flags);
+    EXPECT_EQ(asked + dir.shell(look), found) << make;
   }
 };
 

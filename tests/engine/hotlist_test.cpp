@@ -6,13 +6,12 @@ using Paths = std::vector<std::string>;
 
 TEST(Hotlist, LoadTakesOverWhatIsAPathAndPassesOverTheRest) {
   const std::string longest = "/" + std::string(1022, 'x');
-  const std::pair<std::string, Paths> rows[] = {
-      {"/b\n/a\n/b\n", {"/b", "/a"}},  // order kept, duplicates dropped
-      {"\n/a\nb\n\n../c\n", {"/a"}},
-      {longest + "\n" + longest + "y\n/z\n", {longest, "/z"}},  // 1023 bytes are the most
-      {std::string("/a\0b\n/c\n", 8), {"/c"}},
-      {"/\xff\xfe '\"\\\r\n/\t\n", {"/\xff\xfe '\"\\\r", "/\t"}},
-      {"/" + std::string(3 << 20, 'y') + "\n/a\n", {"/a"}}};
+  const std::pair<std::string, Paths> rows[] = {{"/b\n/a\n/b\n", {"/b", "/a"}},
+                                                {"\n/a\nb\n\n../c\n", {"/a"}},
+                                                {longest + "\n" + longest + "y\n/z\n", {longest, "/z"}},
+                                                {std::string("/a\0b\n/c\n", 8), {"/c"}},
+                                                {"/\xff\xfe '\"\\\r\n/\t\n", {"/\xff\xfe '\"\\\r", "/\t"}},
+                                                {"/" + std::string(3 << 20, 'y') + "\n/a\n", {"/a"}}};
   TempDir dir;
   for (const auto& [text, paths] : rows) {
     write_file(dir / "hotlist.001", text);
@@ -29,7 +28,7 @@ TEST(Hotlist, LoadTakesOverWhatIsAPathAndPassesOverTheRest) {
 }
 
 TEST(Hotlist, SavesOnePathALine) {
-  TempDir dir;
+  const TempDir dir;
   gTree.paths = {"/usr", "/", "/a b/\xff"};
   ASSERT_EQ(tree_save(dir.path().c_str(), "hotlist.001"), 0);
   EXPECT_EQ(read_file(dir / "hotlist.001"), "/usr\n/\n/a b/\xff\n");
@@ -37,23 +36,20 @@ TEST(Hotlist, SavesOnePathALine) {
 }
 
 TEST(Hotlist, WhatAnotherWindowHasChangedIsKept) {
-  const struct {
-    Paths loaded, mine, theirs, kept;
-  } rows[] = {
+  const std::tuple<Paths, Paths, Paths, Paths> rows[] = {
       {{"/", "/a"}, {"/", "/a"}, {"/b", "/"}, {"/b", "/"}},
-      {{"/", "/a"}, {"/a", "/", "/c"}, {"/", "/b"}, {"/", "/c", "/b"}},
-  };
+      {{"/", "/a"}, {"/a", "/", "/c"}, {"/", "/b"}, {"/", "/c", "/b"}}};
   TempDir dir;
   const auto save = [&](const Paths& paths) {
     gTree.paths = paths;
     tree_save(dir.path().c_str(), "hotlist.001");
   };
-  for (const auto& row : rows) {
-    save(row.loaded);
+  for (const auto& [loaded, mine, theirs, kept] : rows) {
+    save(loaded);
     tree_load(dir.path().c_str(), "hotlist.001");
-    save(row.theirs);
-    gTree.paths = row.mine;
+    save(theirs);
+    gTree.paths = mine;
     tree_take_over(dir.path().c_str(), "hotlist.001");
-    EXPECT_EQ(gTree.paths, row.kept);
+    EXPECT_EQ(gTree.paths, kept);
   }
 }

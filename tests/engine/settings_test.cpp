@@ -20,6 +20,7 @@ static std::string history_texts(const History* history) {
   for (int i = 1; i <= history->count; ++i) all += std::string(cl_get(history, i)) + "|";
   return all;
 }
+
 TEST(Settings, LoadsKeepsOrMigratesTheRecord) {
   const std::string kept = record_bytes(0xff000000u | SET_RM_NO_PROMPT);
   const std::tuple<const char*, std::string, uint32_t, int32_t, bool, bool> rows[] = {
@@ -35,11 +36,10 @@ TEST(Settings, LoadsKeepsOrMigratesTheRecord) {
     if (!bytes.empty()) write_file(dir / "config.003", bytes);
     gOptions = OPT_INITIAL;
     Settings record;
-    EXPECT_EQ(settings_load(&record, dir.path().c_str(), "config.003"), apply_charset) << what;
-    EXPECT_EQ(record.flags, flags) << what;
-    EXPECT_EQ(record.window_width, width) << what;
-    EXPECT_LT(strlen(record.list_font), sizeof record.list_font) << what;
+    const bool applied = settings_load(&record, dir.path().c_str(), "config.003");
+    EXPECT_TRUE(record.flags == flags && record.window_width == width && applied == apply_charset) << what;
     EXPECT_EQ((gOptions & OPT_DOT_PAIR) == OPT_DOT_PAIR, dots) << what;
+    EXPECT_LT(strlen(record.list_font), sizeof record.list_font) << what;
   }
   gOptions = OPT_INITIAL;
 }
@@ -70,9 +70,7 @@ TEST(Settings, WhatAnotherWindowHasStoredIsKept) {
   init_save_config(&theirs, dir.path().c_str(), "config.003");
   mine.window_width = 800, mine.flags ^= SET_RM1_PROMPT | SET_RM1_PROMPT_NOWR;
   settings_take_over(&mine, dir.path().c_str(), "config.003");
-  EXPECT_EQ(mine.cdirs, 2);
-  EXPECT_EQ(mine.column_width[1], 80);
-  EXPECT_EQ(mine.window_width, 800);
+  EXPECT_TRUE(mine.cdirs == 2 && mine.column_width[1] == 80 && mine.window_width == 800);
   EXPECT_EQ(mine.flags & 0xfc, uint32_t(SET_RM1_PROMPT_NOWR | SET_SYM_FILES));
 }
 
@@ -91,15 +89,12 @@ TEST(SaveFile, KeepsLinksAndModesAndLeavesWhatIsNoFileOrReadOnly) {
   TempDir dir;
   dir.shell(
       "mkdir -m 777 real folder && printf old >real/kept && chmod 640 real/kept && ln -s real/kept link && "
-      "mkfifo device && ln -s device linked && printf old >closed && chmod 444 closed");
+      "mkfifo -m 644 device && ln -s device linked && printf old >closed && chmod 444 closed");
   const char* path = dir.path().c_str();
   EXPECT_EQ(save_file(path, "link", "new"), 0);
-  EXPECT_EQ(read_file(dir / "real/kept"), "new");
-  EXPECT_EQ(link_target(dir / "link"), "real/kept");
-  EXPECT_EQ(mode_of(dir / "real/kept"), 0640u);
   ASSERT_EQ(chdir(path), 0);
-  EXPECT_EQ(save_file(nullptr, "elsewhere", "new"), -1);
-  EXPECT_EQ(save_file((dir / "none").c_str(), "file", "new"), -1);
+  EXPECT_TRUE(save_file(nullptr, "here", "new") == -1 &&
+              save_file((dir / "none").c_str(), "file", "new") == -1);
   for (const char* name : {"device", "linked", "folder"}) EXPECT_EQ(save_file(path, name, "new"), -1) << name;
   if (geteuid() == 0) {
     dir.shell("chmod 777 . && chown 65534 closed");
@@ -107,9 +102,9 @@ TEST(SaveFile, KeepsLinksAndModesAndLeavesWhatIsNoFileOrReadOnly) {
   }
   EXPECT_EQ(save_file(path, "closed", "new"), -1);
   EXPECT_EQ(seteuid(getuid()), 0);
-  EXPECT_EQ(read_file(dir / "closed"), "old");
-  EXPECT_EQ(dir.listing(), "closed device folder link linked real real/kept ") << "half-written";
-  EXPECT_EQ(dir.shell("stat -c %F device"), "fifo\n");
+  EXPECT_EQ(dir.shell("cat closed real/kept && find * -printf '%p %y %m %l\\n' | sort"),
+            "oldnewclosed f 444 \ndevice p 644 \nfolder d 777 \nlink l 777 real/kept\nlinked l 777 device\n"
+            "real d 777 \nreal/kept f 640 \n");
 }
 
 TEST(History, KeepsTwentyAndBringsToTheFront) {
@@ -117,8 +112,7 @@ TEST(History, KeepsTwentyAndBringsToTheFront) {
   for (const char* text : {"1", "2", "3", "4", "2", "2"}) cl_add(&history, text);
   EXPECT_EQ(history_texts(&history), "2|4|3|1|");
   for (int i = 10; i < 40; ++i) cl_add(&history, std::to_string(i).c_str());
-  EXPECT_TRUE(history_texts(&history).starts_with("39|38|"));
-  EXPECT_TRUE(history_texts(&history).ends_with("|21|20|"));
+  EXPECT_EQ(history_texts(&history), "39|38|37|36|35|34|33|32|31|30|29|28|27|26|25|24|23|22|21|20|");
 }
 
 TEST(History, ReadsAndSavesItsFiles) {

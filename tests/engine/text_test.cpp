@@ -1,8 +1,8 @@
 #include "dirmodel/text.h"
 
-#include <gtest/gtest.h>
-
 #include <clocale>
+
+#include "tests/support/temp_dir.h"
 
 TEST(Text, PatternsMatchWholeNames) {
   std::string stars, deep(10000, '['), many_a(255, 'a');
@@ -34,26 +34,13 @@ TEST(Text, PatternsMatchWholeNames) {
 }
 
 TEST(Text, PathsAreStrippedCutAndJoined) {
-  const char* strip[][2] = {{"", ""},
-                            {"/", "/"},
-                            {"/////", "/"},
-                            {"///a", "//a"},
-                            {"a//b//c", "a/b//c"},
-                            {"/a/b///", "/a/b"},
-                            {"a//bc//d", "a/bc/d"},
-                            {"//a//b/", "//a/b"}};
-  for (const auto& [path, stripped] : strip) {
-    std::string text = path;
-    es_strip_pathname(&text);
-    EXPECT_EQ(text, stripped) << path;
-  }
-  const char* cut[][2] = {{"/a/b", "/a"}, {"/a/b/", "/a"}, {"a/b", "a"}, {"/a", "/"},   {"/", "/"},
-                          {"a", "a"},     {"a/", "a/"},    {"", ""},     {"/a//", "/a"}};
-  for (const auto& [path, above] : cut) {
-    std::string text = path;
-    es_remove_subdirectory(&text);
-    EXPECT_EQ(text, above) << path;
-  }
+  const auto stripped = [](std::string path) { return es_strip_pathname(&path), path; };
+  EXPECT_EQ(
+      each<std::string>({"", "/", "/////", "///a", "a//b//c", "/a/b///", "a//bc//d", "//a//b/"}, stripped),
+      "|/|/|//a|a/b//c|/a/b|a/bc/d|//a/b|");
+  const auto cut = [](std::string path) { return es_remove_subdirectory(&path), path; };
+  EXPECT_EQ(each<std::string>({"/a/b", "/a/b/", "a/b", "/a", "/", "a", "a/", "", "/a//"}, cut),
+            "/a|/a|a|/|/|a|a/||/a|");
   const char* join[][3] = {{"/a", "b", "/a/b"}, {"/a/", "b", "/a/b"},  {"/a/", "/b", "/a//b"},
                            {"/", "b", "/b"},    {nullptr, "b/", "b/"}, {"/a", nullptr, "/a"},
                            {"/a//", "/", "/a"}};
@@ -61,21 +48,13 @@ TEST(Text, PathsAreStrippedCutAndJoined) {
 }
 
 TEST(Text, SizeTexts) {
-  const std::pair<int32_t, const char*> properties[] = {{-5, "-5 byte_count"},
-                                                        {1023, "1023 byte_count"},
-                                                        {1536, "1.512KB"},
-                                                        {1024000, "1.0MB"},
-                                                        {2147483647, "2.99483647GB"}};
-  for (const auto& [size, text] : properties) EXPECT_EQ(es_generate_byte_string(size), text) << size;
-  const std::tuple<int32_t, uint32_t, const char*> status[] = {{0, 1023, "1023 bytes"},
-                                                               {0, 1048575, "1024.0KB"},
-                                                               {0, 1048576, "1.0MB"},
-                                                               {1, 0, "4096.0MB"},
-                                                               {-1, 0xfffffffbu, "-5 bytes"}};
-  for (const auto& [high, low, text] : status) EXPECT_STREQ(ll2str(high, low), text);
-  const std::pair<uint64_t, const char*> list[] = {
-      {0, "0"}, {1000, "1,000"}, {18446744073709551615u, "18,446,744,073,709,551,615"}};
-  for (const auto& [size, text] : list) EXPECT_STREQ(cvt2c(size), text);
+  EXPECT_EQ(each<int32_t>({-5, 1023, 1536, 1024000, 2147483647}, es_generate_byte_string),
+            "-5 byte_count|1023 byte_count|1.512KB|1.0MB|2.99483647GB|");
+  using Words = std::pair<int32_t, uint32_t>;
+  EXPECT_EQ(each<Words>({{0, 1023}, {0, 1048575}, {0, 1048576}, {1, 0}, {-1, 0xfffffffbu}},
+                        [](Words words) { return ll2str(words.first, words.second); }),
+            "1023 bytes|1024.0KB|1.0MB|4096.0MB|-5 bytes|");
+  EXPECT_EQ(each<uint64_t>({0, 1000, 18446744073709551615u}, cvt2c), "0|1,000|18,446,744,073,709,551,615|");
 }
 
 TEST(Text, TimeTexts) {
@@ -89,10 +68,9 @@ TEST(Text, TimeTexts) {
   };
   EXPECT_EQ(text(0, 2), " 01/01/1970 12:00 AM");
   EXPECT_EQ(text(1, 7), "kept");
-  const std::pair<long, const char*> ages[] = {{100, " 100 seconds"},  {120, " 2 minutes"},
-                                               {120 * 60, " 2 hours"}, {47 * 3600, " 47 hours"},
-                                               {48 * 3600, " 2 days"}, {60 * 86400, " 2 months"}};
-  for (auto& [age, expected] : ages) EXPECT_EQ(text(now - age, 0), expected);
+  EXPECT_EQ(each<long>({100, 120, 120 * 60, 47 * 3600, 48 * 3600, 60 * 86400},
+                       [&](long age) { return text(now - age, 0); }),
+            " 100 seconds| 2 minutes| 2 hours| 47 hours| 2 days| 2 months|");
   EXPECT_NE(text(now - 40000, 1).find("yesterday"), std::string::npos);  // by the divisor, whatever the hour
   EXPECT_EQ(text(INT64_MAX, 2), "");
 }

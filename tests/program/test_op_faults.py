@@ -88,6 +88,7 @@ def calls_fail(_):
         ("read:error=EIO:when=1", "from/f", "2"),
         ("read:error=EINTR:when=1..3", "from/f", ""),
         ("read:retval=0:when=2", "from/f", ""),
+        ("read:retval=0:when=2+", "from/f", "1"),  # it ends before its size
         ("write:error=EIO:when=3", "to/f", "1"),
         ("write:error=EINTR:when=1..5", "to/f", ""),
         ("write:error=EDQUOT:when=2", "to/f", "1"),

@@ -1,24 +1,15 @@
-// A file system for tests whose calls hang or fail: slow_fs MODE MILLISECONDS LOG MOUNTPOINT. Its one
-// directory holds "entry00" to "entry19"; MODE tells what takes its time:
-//   status        the status of every entry, whatever happens; looking the name up does not
-//   lookup        looking up any name, with the directory locked meanwhile
-//   interruptible the same until the caller is interrupted
-//   open          opening the directory
-//   names         reading its names
-//   root          the status of the directory itself
-//   data          opening a file
-//   change        making a directory, renaming
-//   twice         nothing; every name is returned twice
-//   faulty        nothing; but its files do not read as they should. All are said to be 100,000 bytes long;
-//                 byte i is i % 251. "entry00" has no fault, a read of "entry01" gives at most 777 bytes,
-//                 "entry02" ends after 50,000 bytes, "entry03" cannot be read from byte 40,000 on.
-// Each call that hangs adds one byte to LOG.
+// A file system for tests whose calls hang: slow_fs MODE MILLISECONDS LOG MOUNTPOINT. Its one directory holds
+// "entry00" to "entry19"; MODE tells what takes its time: the "status" of every entry (looking the name up
+// does not), the "lookup" of any name (with the directory locked meanwhile), both until the caller is
+// interrupted
+// ("interruptible"), to "open" the directory or read its "names", the status of the directory itself
+// ("root"), to open a file ("data"), to make a directory or rename ("change"); or nothing, with every name
+// returned "twice". Each call that hangs adds one byte to LOG.
 #define FUSE_USE_VERSION 312
 #include <fcntl.h>
 #include <fuse.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <string>
@@ -50,19 +41,9 @@ static int slow_getattr(const char* path, struct stat* status, struct fuse_file_
   status->st_nlink = root ? 2 : 1;
   if (root) return hang_in("root", 0);
   if (number < 0) return -ENOENT;
-  status->st_size = sMode == "faulty" ? 100000 : 5;
-  status->st_blocks = status->st_size / 512 + 1;
+  status->st_size = 5;
   const bool lookup = sAsked[number]++ == 0;
   return hang_in(sMode == "interruptible" ? "interruptible" : lookup ? "lookup" : "status", 0);
-}
-
-static int faulty_read(const char* path, char* buffer, size_t size, off_t offset, struct fuse_file_info*) {
-  const int number = number_of(path);
-  const off_t ends[] = {100000, std::min<off_t>(offset + 777, 100000), 50000, 40000};
-  if (number > 3 || (number == 3 && offset >= ends[3])) return -EIO;
-  const off_t count = std::clamp<off_t>(ends[number] - offset, 0, static_cast<off_t>(size));
-  for (off_t i = 0; i < count; ++i) buffer[i] = static_cast<char>((offset + i) % 251);
-  return static_cast<int>(count);
 }
 
 static int slow_readdir(const char*, void* buffer, fuse_fill_dir_t fill, off_t, struct fuse_file_info*,
@@ -91,14 +72,10 @@ int main(int argc, char** argv) {
   operations.init = slow_init;
   operations.getattr = slow_getattr;
   operations.readdir = slow_readdir;
-  operations.read = faulty_read;
   operations.opendir = [](auto...) { return hang_in("open", 0); };
   operations.mkdir = [](auto...) { return hang_in("change", -EROFS); };
   operations.rename = [](auto...) { return hang_in("change", -EROFS); };
-  operations.open = [](const char*, struct fuse_file_info* file) {
-    file->direct_io = 1;  // the reader gets what is given here, not pages of it
-    return hang_in("data", 0);
-  };
+  operations.open = [](auto...) { return hang_in("data", 0); };
   // The short way takes a thread count from nowhere in some versions of the library.
   fuse_args arguments = FUSE_ARGS_INIT(1, argv);
   struct fuse* fuse = fuse_new(&arguments, &operations, sizeof operations, nullptr);

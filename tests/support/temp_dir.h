@@ -34,5 +34,12 @@ bool comes_to_hold(const std::string& path, const std::string& text);
 bool path_exists(const std::string& path);  // lstat
 unsigned mode_of(const std::string& path);  // the permission bits, of a link itself; 0xffff: nothing is there
 std::string link_target(const std::string& path);  // empty: no link
+// What fn makes of each input, a "|" behind each.
+template <class In>
+std::string each(const std::vector<In>& inputs, const auto& fn) {
+  std::string all;
+  for (const In& input : inputs) all += std::string(fn(input)) + "|";
+  return all;
+}
 // Runs a shell command line and waits. Its exit status; output (if wanted) is its standard output.
 int run_shell(const std::string& command, std::string* output = nullptr);
