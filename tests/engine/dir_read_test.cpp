@@ -96,8 +96,7 @@ TEST_F(DirRead, RefusesWhatCannotBeRead) {
   for (const std::string& path :
        {std::string(), dir / "file", dir / "missing", std::string(5000, '/') + "x"}) {
     ASSERT_EQ(read(dir.path()), 0);
-    EXPECT_EQ(read(path), -1) << path.substr(0, 50);
-    EXPECT_EQ(record.count, 0);
+    EXPECT_TRUE(read(path) == -1 && record.count == 0) << path.substr(0, 50);
   }
   ASSERT_EQ(read(dir / "gone"), 0);  // removed while it is shown
   ASSERT_EQ(rmdir((dir / "gone").c_str()), 0);
@@ -165,9 +164,8 @@ TEST_F(SlowRead, AReadingThatBeginsMeanwhileWins) {
   });
   EXPECT_EQ(read(mount->path()), -1);
   desk_timer_stop(timer);
-  EXPECT_EQ(nested_result, 0);
+  EXPECT_TRUE(nested_result == 0 && record.path == dir.path());
   EXPECT_EQ(names(), Names{"only"});
-  EXPECT_EQ(record.path, dir.path());
 }
 
 TEST_F(SlowRead, ANameReturnedTwiceAppearsOnce) {

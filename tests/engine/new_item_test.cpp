@@ -37,8 +37,7 @@ TEST(NewItem, RefusesWithItsMessage) {
 TEST(NewItem, ConvertsToTheAlternateEncodingOrSaysThatItCannot) {
   TempDir dir;
   const Encoding encoding(SET_ENC_ALTERNATE, "ISO-8859-1");
-  EXPECT_EQ(new_item_create(1, dir.path(), "caf\xc3\xa9").name, "caf\xe9");
-  EXPECT_EQ(dir.listing(), "caf\xe9 ");
+  EXPECT_TRUE(new_item_create(1, dir.path(), "caf\xc3\xa9").name == "caf\xe9" && dir.listing() == "caf\xe9 ");
   EXPECT_EQ(new_item_create(0, dir.path(), "\xe6\xbc\xa2").message,
             "Unable to translate '\xe6\xbc\xa2' into 'ISO-8859-1' encoding.");
 }

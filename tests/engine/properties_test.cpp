@@ -73,8 +73,8 @@ TEST_F(Properties, RenamesOnlyToAFreeName) {
             "minetheirs|File name 'taken" + taken + "File name 'folder" + taken + "File name 'dangling" +
                 taken + "Unable to rename 'no/way" + unable + "Unable to rename '" + too_long + unable);
   EXPECT_EQ(prop_apply(&record, 0, {"-new 'name'\n", "", "", 0640}), "");
-  EXPECT_EQ(read_file(dir / entry->name), "mine") << "the list still has the old name";
   EXPECT_STREQ(entry->name, "-new 'name'\n");
+  EXPECT_EQ(read_file(dir / entry->name), "mine");
 }
 
 // Somebody else makes the very name again and again: no rename may ever take his file's place.
@@ -113,8 +113,8 @@ TEST_F(Properties, OwnerAndGroupTexts) {
   for (const std::string owner :
        {"12ab", "-1", " 5", "4294967295", "99999999999999999999999", "no such user", "%s%n"})
     EXPECT_EQ(change(0644, {"", owner, "", 0600}), "Invalid owner_id '" + owner + "'");
-  EXPECT_EQ(change(06755, {"", "1000", "", 06755}), "");
-  EXPECT_EQ(mode_of(dir / "f"), 06755u) << "a change of the owner drops bits";
+  EXPECT_TRUE(change(06755, {"", "1000", "", 06755}).empty() && mode_of(dir / "f") == 06755u)
+      << "bits are lost";
 }
 
 TEST_F(Properties, AppliesToTheEntryShownNotToItsIndex) {

@@ -74,7 +74,6 @@ TEST(Settings, WhatAnotherWindowHasStoredIsKept) {
   EXPECT_EQ(mine.flags & 0xfc, uint32_t(SET_RM1_PROMPT_NOWR | SET_SYM_FILES));
 }
 
-// What every file in the settings directory is written by.
 TEST(SaveFile, AFullDiskLeavesTheOldFileAndNothingElse) {
   TempDir dir;
   if (run_shell("mount -t tmpfs -o size=16k none '" + dir.path() + "' 2>/dev/null") != 0)

@@ -8,7 +8,7 @@
 
 using Texts = std::vector<std::string>;
 
-// Calls one of the readers of the command line "zan TEXT...".
+// Reads the command line "zan TEXT...".
 static auto with_arguments(auto* reader, Texts texts) {
   texts.insert(texts.begin(), "zan");
   std::vector<char*> pointers;

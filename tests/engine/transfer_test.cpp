@@ -69,8 +69,7 @@ TEST(Transfer, AnyByteOfANameComesBack) {
   for (const TransferList& list : lists) {
     TransferList back;
     ASSERT_TRUE(transfer_unpack(transfer_pack(list), &back));
-    EXPECT_EQ(described({back}), described({list}));
-    EXPECT_EQ(back.one_dir_packed, list.one_dir_packed);
+    EXPECT_TRUE(described({back}) == described({list}) && back.one_dir_packed == list.one_dir_packed);
   }
 }
 
@@ -93,8 +92,7 @@ TEST(Transfer, MalformedListsAreRefusedAndLeaveTheOldOne) {
       {"a NUL in a name", list("/home", std::string("a\0b", 3))}};
   for (const auto& [what, bytes] : rows) {
     TransferList kept{"/kept", {"k"}, true};
-    EXPECT_FALSE(transfer_unpack(bytes, &kept)) << what;
-    EXPECT_EQ(kept.dir, "/kept") << what;
+    EXPECT_TRUE(!transfer_unpack(bytes, &kept) && kept.dir == "/kept") << what;
   }
   TransferList ignored;
   for (size_t length = 0; length < good.size(); ++length)

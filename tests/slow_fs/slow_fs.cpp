@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstring>
 #include <string>
 
 static std::string sMode;
@@ -29,12 +30,8 @@ static int hang_in(const char* mode, int result) {
   return sMode == "change" ? 0 : result;
 }
 
-static int number_of(const std::string& path) {
-  return path.starts_with("/entry") ? std::stoi("0" + path.substr(6)) % 20 : -1;
-}
-
 static int slow_getattr(const char* path, struct stat* status, struct fuse_file_info*) {
-  const int number = number_of(path);
+  const int number = strncmp(path, "/entry", 6) == 0 ? atoi(path + 6) % 20 : -1;
   const bool root = path[1] == 0;
   *status = {};
   status->st_mode = root ? S_IFDIR | 0755 : S_IFREG | 0644;

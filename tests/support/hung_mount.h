@@ -64,8 +64,6 @@ class SlowMount {
     waitpid(pid_, nullptr, 0);
     if (umount2(path_.c_str(), MNT_DETACH) != 0) run_shell("fusermount3 -uz '" + path_ + "'");
   }
-  SlowMount(const SlowMount&) = delete;
-
   // False without libfuse or /dev/fuse: the test is to be skipped.
   bool mounted() const { return mounted_; }
   const std::string& path() const { return path_; }

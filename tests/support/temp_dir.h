@@ -5,9 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <string>
-#include <vector>
-
 class TempDir {
  public:
   explicit TempDir(const char* place = "");  // in that directory, where it is one
