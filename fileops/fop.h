@@ -135,6 +135,9 @@ struct fop_request {
   // What this operation put in place: none of its later items may replace it, or a move would lose it.
   std::unordered_set<fop_identity, fop_identity_hash> made;
   std::unordered_set<std::string> made_paths;  // in lower case, of a system that numbers its files anew
+  // The device of the item noted last, and whether its system is such a one: asked once, not for each item.
+  dev_t made_device = static_cast<dev_t>(-1);
+  bool made_numbers_change = false;
 };
 
 // The operation flags that the settings' flag word (SET_ bits) asks for. several: more than one name, or

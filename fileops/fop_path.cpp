@@ -120,7 +120,11 @@ static std::string lower_case(const std::string& path) {
 
 void fop_note_made(fop_request* request, const struct stat& status, int dir, const std::string& path) {
   request->made.insert(fop_identity_of(status));
-  if (fop_numbers_change(dir)) request->made_paths.insert(lower_case(path));
+  if (request->made_device != status.st_dev) {
+    request->made_device = status.st_dev;
+    request->made_numbers_change = fop_numbers_change(dir);
+  }
+  if (request->made_numbers_change) request->made_paths.insert(lower_case(path));
 }
 
 bool fop_made(const fop_request& request, const struct stat& status, const std::string& path) {
