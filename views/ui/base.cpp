@@ -156,6 +156,7 @@ void base_open(const CommandLine& line) {
   QObject::connect(&late, &QTimer::timeout, sBase, base_show);
   late.start(kFirstListMs);
   fl_show_first(gStartPath, gStartElsewhere);
+  QCoreApplication::processEvents();  // the focus, which would have it painted again, is often there by now
   base_show();
   show_sort_method();
 }
