@@ -25,6 +25,19 @@ struct DeleteItem {
   std::string shown() const { return fname_decode(_build_path(list().dir, name()).c_str()); }
 };
 
+void show_deleting(const DeleteItem& item) {
+  fop_request* request = item.request;
+  fop_show_progress(request, request->done_items, request->total_items, "Deleting", " Dir: ", item.list().dir,
+                    "File: ", item.name());
+}
+
+// Asks with the slot showing the item in question.
+template <typename... Texts>
+int ask_of_deletion(const DeleteItem& item, const char* buttons, const char* format, Texts... texts) {
+  if (item.request->kind == FOP_DELETE) show_deleting(item);
+  return fop_alert(item.request, "Delete", buttons, format, texts...);
+}
+
 enum class Answer { remove, pass, abort };
 
 Answer ask_first(const DeleteItem& item, const struct stat& status) {
@@ -33,8 +46,8 @@ Answer ask_first(const DeleteItem& item, const struct stat& status) {
   if (request->flags & FOP_DELETE_ALL) return Answer::remove;
   if (writable && !(request->flags & FOP_CONFIRM_EACH)) return Answer::remove;
   const std::string shown = item.shown();
-  const int answer = fop_alert(request, "Delete", "@&Skip|&Delete|de&Lete all|#&Abort",
-                               writable ? "File '%s'\n" : "Unwriteable file '%s'\n", shown.c_str());
+  const int answer = ask_of_deletion(item, "@&Skip|&Delete|de&Lete all|#&Abort",
+                                     writable ? "File '%s'\n" : "Unwriteable file '%s'\n", shown.c_str());
   if (answer == 1) return Answer::pass;
   if (answer == 3) request->flags |= FOP_DELETE_ALL;
   return answer == 4 ? Answer::abort : Answer::remove;
@@ -52,8 +65,8 @@ bool still_as_copied(const DeleteItem& item, const struct stat& now) {
 
 int remove_failed(const DeleteItem& item, const char* error) {
   const std::string shown = item.shown();
-  const int answer = fop_alert(item.request, "Delete", "@&Continue|#&Abort", "Unable to delete '%s'\n%s\n",
-                               shown.c_str(), error);
+  const int answer =
+      ask_of_deletion(item, "@&Continue|#&Abort", "Unable to delete '%s'\n%s\n", shown.c_str(), error);
   return answer == 2 ? -1 : 0;
 }
 
@@ -82,12 +95,6 @@ int fop_delete_file(const DeleteItem& item) {
   if (error && remove_failed(item, error) == -1) return -1;
   fop_item_done(request, item.list().dir, item.name());
   return 0;
-}
-
-void show_deleting(const DeleteItem& item) {
-  fop_request* request = item.request;
-  fop_show_progress(request, request->done_items, request->total_items, "Deleting", " Dir: ", item.list().dir,
-                    "File: ", item.name());
 }
 
 // Goes back to the child group of (group, index), if it has one; the mirror image of fop_child_group.
@@ -121,7 +128,7 @@ int delete_names(DeleteItem item, bool with_progress, int32_t* next_child, Defer
         continue;
       }
     }
-    if (with_progress) show_deleting(item);
+    if (with_progress && fop_progress_due(*request)) show_deleting(item);
     if (fop_delete_file(item) == -1) return -1;
     if (with_progress) ++request->done_items;
   }

@@ -64,6 +64,11 @@ void fop_show_progress(fop_request* request, int64_t done, int64_t total, const 
                   time_left);
 }
 
+bool fop_progress_due(const fop_request& request) {
+  return request.control->watch || request.start_time.tv_sec == 0 ||
+         seconds_since(request.last_update, clock_now()) >= 0.1;
+}
+
 int fop_calc_time_left(fop_request* request, int64_t done, int64_t total) {
   const timespec now = clock_now();
   if (request->start_time.tv_sec == 0 && request->start_time.tv_nsec == 0) {

@@ -18,6 +18,11 @@ void fop_show_progress(fop_request* request, int64_t done, int64_t total, const 
                        const char* from_label = nullptr, const char* from_name = nullptr,
                        const char* to_label = nullptr, const char* to_name = nullptr);
 
+// Whether fop_show_progress would be seen now: by the slot, by who is told every percentage, or by the
+// estimate that begins with it. An item that takes microseconds is not worth more than this look at the
+// clock.
+bool fop_progress_due(const fop_request& request);
+
 // Seconds left; -1: the clock was started just now; -2: too early to tell.
 int fop_calc_time_left(fop_request* request, int64_t done, int64_t total);
 
