@@ -1,6 +1,5 @@
 #include <QAbstractButton>
 #include <QAccessible>
-#include <set>
 
 #include "commands/ui/associate_dlg.h"
 #include "commands/ui/help.h"
@@ -20,10 +19,10 @@ class Accessible : public WindowTest {
   static std::string describe(const QWidget* widget) {
     return std::string(widget->metaObject()->className()) + " " + widget->objectName().toStdString();
   }
-  static std::set<QWidget*> windows() {
+  static QWidgetList opened() {
     QWidgetList all = QApplication::topLevelWidgets();
-    all.removeIf([](QWidget* window) { return !window->isVisible(); });
-    return {all.begin(), all.end()};
+    all.removeIf([](QWidget* window) { return !window->isVisible() || window == base_window(); });
+    return all;
   }
   // What a screen reader can be on has a name, and no text is hidden behind another one's name.
   static void check(QWidget* window) {
@@ -74,18 +73,15 @@ TEST_F(Accessible, EveryWindowSpeaksIsDrivenByTabAndClosesByEscape) {
   for (int times = 0; times < 2; ++times) {
     for (const auto& open_dialog : dialogs) {
       SCOPED_TRACE(&open_dialog - dialogs);
-      const std::set<QWidget*> before = windows();
       open_dialog();
-      std::set<QWidget*> opened = windows();
-      for (QWidget* window : before) opened.erase(window);
-      ASSERT_EQ(opened.size(), 1u);
-      QWidget* window = *opened.begin();
+      ASSERT_EQ(opened().size(), 1);
+      QWidget* window = opened().front();
       ASSERT_TRUE(activate(window));
       check(window);
       EXPECT_EQ(window->size().boundedTo(dialog_room(window)), window->size());
       walk(window);
       press("Esc");
-      EXPECT_TRUE(wait_for([&] { return windows() == before; }));
+      EXPECT_TRUE(wait_for([&] { return opened().isEmpty(); }));
     }
     font.setPointSize(font.pointSize() * 3);  // the second time as on a small screen at a large scale
     QApplication::setFont(font);

@@ -22,8 +22,7 @@ TEST(Appearance, TakesTheShadeOfTheGtkSettingsAndKeepsOutlinesVisible) {
       {"[Settings]\ngtk-theme-name=Arc-Dark\n", "Adwaita", false, false},
       {"", "HighContrast", false, true},
       {"[Settings]\ngtk-theme-name=HighContrastInverse\n", "", true, true},
-      {"\xff\n=\ngtk-theme-name", "", false, false},
-  };
+      {"\xff\n=\ngtk-theme-name", "", false, false}};
   for (const auto& [settings, variable, dark, outlined] : rows) {
     SCOPED_TRACE(std::string(settings) + variable);
     appearance_set_shade(Shade::standard);

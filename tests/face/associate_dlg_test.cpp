@@ -29,17 +29,7 @@ class AssociateDlg : public WindowTest {
     }
     return text;
   }
-  // A button's letter; the button clicks a moment later.
-  static void press_button(const char* key) {
-    const QPointer<QWidget> window = QApplication::activeWindow();
-    press(key);
-    EXPECT_TRUE(wait_for([&] {
-      const auto buttons = window ? window->findChildren<QPushButton*>() : QList<QPushButton*>();
-      return std::none_of(buttons.begin(), buttons.end(), [](auto* button) { return button->isDown(); });
-    }));
-  }
-  // Gives the dialog of one association these fields, from the pattern on, and stores it. Whether it stays
-  // open.
+  // Fills the dialog of one association, from the pattern on, and stores it. Whether it stays open.
   static bool fill(const Texts& fields) {
     const char* const names[] = {"at_pattern", "at_command", "at_view_cmd", "at_edit_cmd"};
     for (size_t i = 0; i < fields.size(); ++i)
@@ -51,7 +41,7 @@ class AssociateDlg : public WindowTest {
 
 TEST_F(AssociateDlg, AddsChangesAndRemovesByKeysAndWritesTheBytes) {
   const std::string first = ">*.a|open a|view a|edit a\n", added = "*.neu||less @ \xc3\xa4|\n";
-  press_button("Alt+A");  // Add
+  press("Alt+A");  // Add
   EXPECT_FALSE(fill({"*.neu", "", "less @ \xc3\xa4"}));
   EXPECT_EQ(rows(), first + "*.b|open b||\n*.c||view c|\n" + added)
       << "the first is selected, not the new one";
@@ -62,24 +52,23 @@ TEST_F(AssociateDlg, AddsChangesAndRemovesByKeysAndWritesTheBytes) {
   press("@as_list Down Del");
   EXPECT_EQ(rows(), first + "*.c||view c|\n" + added);
   EXPECT_STREQ(_get_pat_cmd("x.b", AS_OPEN), "open b") << "the table itself is still the old one";
-  press_button("Alt+D");  // Done
+  press("Alt+D");  // Done
   EXPECT_FALSE(dialog("associate_dlg"));
   EXPECT_EQ(file(), kHeader + "*.a\topen a\tview a\tedit a\n*.c\t\tview c\t\n*.neu\t\tless @ \xc3\xa4\t\n");
   EXPECT_STREQ(_get_pat_cmd("x.neu", AS_VIEW), "less @ \xc3\xa4");
 }
 
 TEST_F(AssociateDlg, EscapeThrowsTheWorkingCopyAwayAndAnEmptyOneLeavesOnlyTheHeader) {
-  press_button("Alt+R");
-  press_button("Alt+A");
+  press("Alt+R Alt+A");
   EXPECT_FALSE(stays("assoc_type_dlg", "Esc"));  // this association only
   EXPECT_EQ(rows(), ">*.b|open b||\n*.c||view c|\n");
   EXPECT_FALSE(stays("associate_dlg", "Esc") || path_exists(config_ / "associate.003"));
   EXPECT_EQ(apat_ctr, 3);
   associate_dlg_open();
   ASSERT_TRUE(dialog("associate_dlg"));
-  for (int i = 0; i < 4; ++i) press_button("Alt+R");
+  press("Alt+R Alt+R Alt+R Alt+R");
   EXPECT_EQ(rows(), "");
-  press_button("Alt+D");
+  press("Alt+D");
   EXPECT_EQ(file(), kHeader);
 }
 
@@ -88,9 +77,8 @@ TEST_F(AssociateDlg, RefusesWhatTheFileCannotHold) {
       {{"", "o"}, "Pattern cannot have TABs"},
       {{"a\tb", "o"}, "Pattern cannot have TABs"},
       {{"*.x", "", "", ""}, "No actions added for Open, View or Edit"},
-      {{"*.x", std::string(1020, 'o')}, "Association too long"},
-  };
-  press_button("Alt+A");
+      {{"*.x", std::string(1020, 'o')}, "Association too long"}};
+  press("Alt+A");
   for (const auto& [fields, message] : bad) {
     expect_message(message);
     ASSERT_TRUE(fill(fields)) << message;
@@ -98,7 +86,7 @@ TEST_F(AssociateDlg, RefusesWhatTheFileCannotHold) {
   // A comment's first character, a line's end, and a command of blanks, which is one.
   EXPECT_FALSE(fill({"#*#", "one\ntwo", " ", ""}));
   EXPECT_TRUE(rows().ends_with("\n[#]*#|one two| |\n"));
-  press_button("Alt+D");
+  press("Alt+D");
   init_read_associations(config_.path().c_str(), "associate.003");
   EXPECT_EQ(_get_pat_idx("#draft#"), 3);
   EXPECT_EQ(apat_ctr, 4);

@@ -7,51 +7,50 @@
 #include "tests/face/window_test.h"
 
 namespace {
-QClipboard* board() {
-  return QGuiApplication::clipboard();
-}
-
-std::string clip_data(const char* type) {
-  return board()->mimeData()->data(QString::fromLatin1(type)).toStdString();
-}
-
-// What a program of another kind, or another instance, puts there.
-using Entries = std::vector<std::pair<const char*, std::string>>;
-void put_foreign(const Entries& entries) {
-  auto* mime = new QMimeData;
-  for (const auto& [type, bytes] : entries)
-    mime->setData(QString::fromLatin1(type), QByteArray::fromStdString(bytes));
-  board()->setMimeData(mime);
-}
-
-// Puts a cut list of files "0", "1", ... in /d there, and takes it over.
-TransferList cut_numbered(int count) {
-  TransferList list{"/d", {}, false};
-  for (int i = 0; i < count; ++i) list.names.push_back(std::to_string(i));
-  clipboard_put(list, true);
-  file_get_cut_files();
-  return list;
-}
-
-// Waits until the desktop has been told of a list that has shrunk.
-bool told() {
-  return wait_for([] {
-    const auto timers = qApp->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
-    return std::none_of(timers.begin(), timers.end(), [](QTimer* timer) { return timer->isActive(); });
-  });
-}
-
-std::string described(const OfferedFiles& files) {
-  std::string text = files.cut ? "cut" : "copy";
-  for (const TransferList& list : files.lists) {
-    text += " " + list.dir + ":";
-    for (const std::string& name : list.names) text += name + ",";
+class Clipboard : public testing::Test {
+ protected:
+  using Entries = std::vector<std::pair<const char*, std::string>>;
+  static QClipboard* board() { return QGuiApplication::clipboard(); }
+  static std::string clip_data(const char* type) {
+    return board()->mimeData()->data(QString::fromLatin1(type)).toStdString();
   }
-  return text;
-}
+  // What a program of another kind, or another instance, puts there.
+  static void put_foreign(const Entries& entries) {
+    auto* mime = new QMimeData;
+    for (const auto& [type, bytes] : entries)
+      mime->setData(QString::fromLatin1(type), QByteArray::fromStdString(bytes));
+    board()->setMimeData(mime);
+  }
+
+  // Puts a cut list of files "0", "1", ... in /d there, and takes it over.
+  static TransferList cut_numbered(int count) {
+    TransferList list{"/d", {}, false};
+    for (int i = 0; i < count; ++i) list.names.push_back(std::to_string(i));
+    clipboard_put(list, true);
+    file_get_cut_files();
+    return list;
+  }
+
+  // Waits until the desktop has been told of a list that has shrunk.
+  static bool told() {
+    return wait_for([] {
+      const auto timers = qApp->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+      return std::none_of(timers.begin(), timers.end(), std::mem_fn(&QTimer::isActive));
+    });
+  }
+
+  static std::string described(const OfferedFiles& files) {
+    std::string text = files.cut ? "cut" : "copy";
+    for (const TransferList& list : files.lists) {
+      text += " " + list.dir + ":";
+      for (const std::string& name : list.names) text += name + ",";
+    }
+    return text;
+  }
+};
 }  // namespace
 
-TEST(Clipboard, OffersOurOwnFormFirstAndWhatOthersRead) {
+TEST_F(Clipboard, OffersOurOwnFormFirstAndWhatOthersRead) {
   for (const std::string use : {"copy", "cut"}) {
     const bool cut = use == "cut";
     clipboard_put({"/d", {"a b", "c"}, false}, cut);
@@ -67,7 +66,7 @@ TEST(Clipboard, OffersOurOwnFormFirstAndWhatOthersRead) {
   }
 }
 
-TEST(Clipboard, ReadsInTheOrderOwnGnomeUriList) {
+TEST_F(Clipboard, ReadsInTheOrderOwnGnomeUriList) {
   const std::string own = transfer_pack({"/own", {"o", ""}, false}), uris = "file:///u/1\r\nfile:///v/2\r\n";
   const std::pair<Entries, std::string> rows[] = {
       {{{kMimeUriList, uris}, {kMimeGnomeFiles, "cut\nfile:///g/1"}, {kMimeFiles, own}}, "copy /own:o,"},
@@ -78,8 +77,7 @@ TEST(Clipboard, ReadsInTheOrderOwnGnomeUriList) {
       {{{kMimeUriList, uris}, {kMimeKdeCut, "0"}}, "copy /u:1, /v:2,"},
       {{{kMimeUriList, uris}, {kMimeFiles, own + "x"}, {kMimeMoveFiles, ""}}, "copy /u:1, /v:2,"},
       {{{kMimeUriList, "http://x/\r\n"}, {kMimeKdeCut, "1"}}, "copy"},
-      {{{kMimePlainText, "/a/b"}}, "copy"},
-  };
+      {{{kMimePlainText, "/a/b"}}, "copy"}};
   for (const auto& [entries, read] : rows) {
     put_foreign(entries);
     EXPECT_EQ(described(clipboard_get()), read);
@@ -88,7 +86,7 @@ TEST(Clipboard, ReadsInTheOrderOwnGnomeUriList) {
 }
 
 // Ours, or the cut of another instance.
-TEST(Clipboard, MovedItemsAreForgottenAndTheLastOneEmptiesIt) {
+TEST_F(Clipboard, MovedItemsAreForgottenAndTheLastOneEmptiesIt) {
   for (const bool foreign : {false, true}) {
     const TransferList list = cut_numbered(4);
     if (foreign) put_foreign({{kMimeMoveFiles, transfer_pack(list)}});
@@ -109,7 +107,7 @@ TEST(Clipboard, MovedItemsAreForgottenAndTheLastOneEmptiesIt) {
 }
 
 // Others read the clipboard when they are told that it changed: they must be told, but not for each file.
-TEST(Clipboard, TheDesktopIsToldOfALongMoveNowAndThen) {
+TEST_F(Clipboard, TheDesktopIsToldOfALongMoveNowAndThen) {
   cut_numbered(1000);
   const QSignalSpy times(board(), &QClipboard::dataChanged);
   for (int i = 0; i < 500; ++i) file_uncut("/d", std::to_string(i).c_str());
@@ -118,13 +116,11 @@ TEST(Clipboard, TheDesktopIsToldOfALongMoveNowAndThen) {
   EXPECT_EQ(times.size(), 1);
 }
 
-TEST(Clipboard, WhatSomebodyElsePutThereSinceIsNeverOverwritten) {
-  const Entries rows = {
-      {kMimePlainText, "words"},
-      {kMimeGnomeFiles, "cut\nfile:///d/0"},
-      {kMimeMoveFiles, transfer_pack({"/other", {"0"}, false})},
-      {kMimeFiles, transfer_pack({"/d", {"0", "1", "2"}, false})},
-  };
+TEST_F(Clipboard, WhatSomebodyElsePutThereSinceIsNeverOverwritten) {
+  const Entries rows = {{kMimePlainText, "words"},
+                        {kMimeGnomeFiles, "cut\nfile:///d/0"},
+                        {kMimeMoveFiles, transfer_pack({"/other", {"0"}, false})},
+                        {kMimeFiles, transfer_pack({"/d", {"0", "1", "2"}, false})}};
   for (const auto& entry : rows) {
     for (const char* last : {"0", "2"}) {
       cut_numbered(3);

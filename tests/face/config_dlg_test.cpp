@@ -54,8 +54,7 @@ TEST_F(ConfigDlg, EachToggleSetsItsOwnBits) {
       {0x300, {{"rm_no_prompt", 0x200}, {"rm_prompt", 0x100}}},
       {0x1c00, {{"rm_i_prompt", 0x400}, {"rm_i_no_prompt", 0x1000}, {"rm_i_prompt_nowr", 0x800}}},
       {0x6000, {{"cenc_utf8_alternate", 0x2000}, {"cenc_alternate", 0x4000}, {"cenc_utf8", 0}}},
-      {0x8000, {{"change_owner_dialog_assume_ignore", 0x8000}, {"change_owner_dialog_show", 0}}},
-  };
+      {0x8000, {{"change_owner_dialog_assume_ignore", 0x8000}, {"change_owner_dialog_show", 0}}}};
   uint32_t expected = gConfig->flags, stored;
   for (const auto& [mask, toggles] : groups) {
     for (const auto& [name, bits] : toggles) {

@@ -85,7 +85,6 @@ TEST_F(DirMenus, ChoosingAPlainEntryAsksAndThenCopies) {
     expect_message("Do you want to copy f to\n'" + dir_ / "root/into" + "'\n", answer.c_str());
     QTest::mouseClick(below, Qt::LeftButton, {}, place);
     EXPECT_FALSE(QApplication::activePopupWidget());
-    EXPECT_TRUE(answered());
     EXPECT_EQ(held(), answer == "Y" ? "f:f root/ root/into/ root/into/f:f " : "f:f root/ root/into/ ");
   }
 }
@@ -108,7 +107,6 @@ TEST_F(DirMenus, ADoubleClickChoosesAnEntryThatCascades) {
   EXPECT_TRUE(move->isVisible());
   expect_message("Do you want to move f to\n'" + dir_ / "root" + "'\n", "Y");
   press_at(200100);
-  EXPECT_TRUE(answered());
   EXPECT_EQ(held(), "root/ root/f:f root/sub/ ");
 }
 

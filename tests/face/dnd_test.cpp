@@ -26,22 +26,17 @@ class DragAndDrop : public WindowTest {
   // Drags over the place; what a drop there would do.
   static Qt::DropAction hover(const QMimeData& mime, const std::string& over,
                               Qt::KeyboardModifiers modifiers = {}, Qt::DropActions possible = kBoth) {
-    QDragEnterEvent enter(place(over), possible, &mime, Qt::LeftButton, modifiers);
-    QApplication::sendEvent(under(over), &enter);
-    if (!enter.isAccepted()) return kRefused;  // no moves would follow
-    QDragMoveEvent move(place(over), possible, &mime, Qt::LeftButton, modifiers);
-    QApplication::sendEvent(under(over), &move);
-    return move.isAccepted() ? move.dropAction() : kRefused;
+    const auto entered = drag<QDragEnterEvent>(under(over), place(over), mime, modifiers, possible);
+    if (entered == kRefused) return kRefused;  // no moves would follow
+    return drag<QDragMoveEvent>(under(over), place(over), mime, modifiers, possible);
   }
   // Drops there and waits for the end. What it did.
   static Qt::DropAction drop(const QMimeData& mime, const std::string& over,
                              Qt::KeyboardModifiers modifiers = {}, Qt::DropActions possible = kBoth) {
     const Qt::DropAction hovered = hover(mime, over, modifiers, possible);
-    QDropEvent event(place(over), possible, &mime, Qt::LeftButton, modifiers);
-    QApplication::sendEvent(under(over), &event);
-    EXPECT_FALSE(hovered == kRefused && event.isAccepted()) << over;
-    EXPECT_TRUE(settled());
-    return event.isAccepted() ? event.dropAction() : kRefused;
+    const auto done = drag<QDropEvent>(under(over), place(over), mime, modifiers, possible);
+    EXPECT_TRUE(settled() && (hovered != kRefused || done == kRefused)) << over;
+    return done;
   }
   static std::unique_ptr<FilesMime> carried(const std::string& dir, Texts names) {
     auto files = std::make_shared<SharedFiles>(TransferList{dir, std::move(names), false});
@@ -55,9 +50,8 @@ TEST_F(DragAndDrop, OnlyDirectoriesAndTheEmptyPartAreTargets) {
   const auto own = carried(dir_.path(), {"d", "file"}), foreign = carried(other_.path(), {"x"});
   const std::pair<const FilesMime*, Texts> targets[] = {{own.get(), {"e", ".."}},
                                                         {foreign.get(), {"d", "e", "..", "", kHeader}}};
-  QDragEnterEvent enter(place("d"), kBoth, own.get(), Qt::LeftButton, {});
-  QApplication::sendEvent(ground(), &enter);
-  EXPECT_TRUE(enter.isAccepted()) << "a drag begins over what is dragged, and goes on from there";
+  EXPECT_NE(drag<QDragEnterEvent>(ground(), place("d"), *own, {}, kBoth), kRefused)
+      << "a drag begins over what is dragged, and goes on from there";
   for (const auto& [mime, expected] : targets) {
     Texts welcome;
     for (const char* over : {"d", "e", "file", "..", "", kHeader})

@@ -1,7 +1,6 @@
 #include "fileops/ui/edit_menu.h"
 
 #include "fileops/ui/clipboard.h"
-#include "fileops/ui/slots.h"
 #include "tests/face/window_test.h"
 
 namespace {
@@ -18,8 +17,7 @@ TEST_F(EditMenu, DeleteAsksAsTheSettingsSay) {
       {SET_RM1_PROMPT, {"d"}, dir, "a%1:a%1 b:b "},
       {0, {"d"}, "", "a%1:a%1 b:b "},
       {SET_RM_PROMPT, {"a%1", "d"}, many, "b:b "},
-      {SET_RM1_PROMPT, {"a%1", "b"}, "", "d/ "},
-  };
+      {SET_RM1_PROMPT, {"a%1", "b"}, "", "d/ "}};
   const uint32_t prompts = SET_RM1_PROMPT | SET_RM1_PROMPT_NOWR | SET_RM1_NO_PROMPT | SET_RM_PROMPT |
                            SET_RM_NO_PROMPT | SET_RM_I_PROMPT;
   for (const auto& [flags, selection, question, left] : rows) {

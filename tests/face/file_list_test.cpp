@@ -32,7 +32,7 @@ class FileList : public WindowTest {
     const bool marked = !current_name().empty() && gDir.entries[gDir.current]->flags & ENTRY_CURRENT;
     EXPECT_EQ(marks, marked) << after;
     const std::string text = std::to_string(selected) + " selected item";
-    EXPECT_EQ(status(1).substr(0, text.size()), selected ? text : "") << after;
+    EXPECT_EQ(status().substr(0, text.size()), selected ? text : "") << after;
   }
 };
 
@@ -43,9 +43,9 @@ TEST_F(FileList, MouseAndKeysSelectWhatTheySay) {
   gFileListHooks.context_menu = nullptr;
   for (const auto& [step, expected] :
        steps("click b = b; Ctrl+click d = b d; Ctrl+click b = d; click a = a; Shift+click c = a b c; "
-             "Ctrl+click e = a b c e; click b = b; Down = c; Shift+Down = c d; Shift+Down = c d e; Shift+Up "
-             "= c d; "
-             "Shift+Home = a b c; Ctrl+A = a b c d e; press d = a b c d e; release d = d; click - = ; "
+             "Ctrl+click e = a b c e; click b = b; Down = c; Shift+Down = c d; "
+             "Shift+Down = c d e; Shift+Up = c d; Shift+Home = a b c; Ctrl+A = a b c d e; press d = a b c d "
+             "e; release d = d; click - = ; "
              "menu b = b; menu c = c; Ctrl+click b = b c; menu c = b c; menu - = ")) {
     act(step);
     EXPECT_EQ(selected(), expected) << step;
@@ -60,8 +60,7 @@ TEST_F(FileList, ABandTakesTheRowsThatItCoversAndNoMore) {
   const std::tuple<Qt::KeyboardModifier, Texts, const char*> rows[] = {
       {Qt::NoModifier, {"d"}, "d e"},           {Qt::NoModifier, {"b", "d"}, "d e"},
       {Qt::NoModifier, {"b", ""}, ""},          {Qt::ControlModifier, {"d"}, "b d e"},
-      {Qt::ControlModifier, {"a", "e"}, "b e"}, {Qt::ShiftModifier, {"a", ""}, "b"},
-  };
+      {Qt::ControlModifier, {"a", "e"}, "b e"}, {Qt::ShiftModifier, {"a", ""}, "b"}};
   for (const auto& [modifiers, over, expected] : rows) {
     act("click b");
     QTest::mousePress(ground(), Qt::LeftButton, modifiers, below);
@@ -97,26 +96,18 @@ TEST_F(FileList, CountsHoldAfterAnySequenceOfCommands) {
   for (int i = 0; i < 40; ++i) make({"entry" + std::to_string(i) + (i % 3 ? "" : "/")});
   open();
   std::mt19937 random(7);
-  const auto any = [&] { return int(random() % 44) - 2; };
+  void (*const on_entry[])(int) = {fl_select_index, fl_unselect_index, fl_invert_index, fl_goto_index};
+  const char* const keys[] = {"Down", "Shift+PgUp", "Ctrl+Space", "Ctrl+A", "Ctrl+U", "Ctrl+I"};
   const std::function<void()> commands[] = {
-      [&] { fl_select_index(any()); },
-      [&] { fl_unselect_index(any()); },
-      [&] { fl_invert_index(any()); },
-      fl_invert_all,
-      [&] { fl_goto_index(any()); },
+      [&] { on_entry[random() % std::size(on_entry)](int(random() % 44) - 2); },
       [&] { fl_select_pattern("*1*", random() % 2); },
       [&] { fl_unselect_pattern("entry?", random() % 2); },
-      [] { key("Down"); },
-      [] { key("Shift+PgUp"); },
-      [] { key("Ctrl+Space"); },
+      [&] { key(keys[random() % std::size(keys)]); },
       [&] { fl_sort_cb(int(random() % 7)); },
       [&] {
         act((random() % 2 ? "Shift+click " : "Ctrl+click ") + std::string(gDir.entries[random() % 8]->name));
       },
-      fl_refresh,
-      fl_select_all,
-      fl_unselect_all,
-  };
+      fl_refresh};
   for (int step = 0; step < 600 && !HasFailure(); ++step) {
     const size_t which = random() % std::size(commands);
     commands[which]();
@@ -128,17 +119,12 @@ TEST_F(FileList, HeadersAndKeysSortBothWays) {
   show({"aaa", "b", "cc"});
   QHeaderView* header = fl_view()->header();
   const QPoint on_size(header->sectionViewportPosition(1) + 10, header->height() / 2);
-  const std::pair<bool, const char*> rows[] = {
-      {true, "aaa cc b"},
-      {true, "b cc aaa"},
-      {false, "cc b aaa"},
-      {false, "aaa b cc"},
-  };
-  for (const auto& [clicked, names] : rows) {
-    if (clicked)
+  for (const auto& [how, names] :
+       steps("click = aaa cc b; click = b cc aaa; Ctrl+1 = cc b aaa; Ctrl+1 = aaa b cc")) {
+    if (how == "click")
       QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, on_size);
     else
-      key("Ctrl+1");
+      key(how);
     EXPECT_EQ(cell(0) + " " + cell(1) + " " + cell(2), names);
   }
 }
@@ -165,7 +151,7 @@ TEST_F(FileList, TypingFindsNames) {
   show({"rebuild", "readme", "sub/", "beta"});
   // What is typed in the list; the directory below dir_, the current entry and the status then.
   const auto state = [this] {
-    return gDir.path.substr(dir_.path().size()) + " " + current_name() + " " + status(1);
+    return gDir.path.substr(dir_.path().size()) + " " + current_name() + " " + status();
   };
   key("'reb'");
   EXPECT_EQ(state(), " rebuild /reb");
@@ -174,14 +160,14 @@ TEST_F(FileList, TypingFindsNames) {
   key("Backspace");
   EXPECT_EQ(state(), " readme /re") << "it edits while a name is typed";
   key("Esc");
-  EXPECT_EQ(status(1), "");
+  EXPECT_EQ(status(), "");
   key("'/sub' Return");
   EXPECT_EQ(gDir.path, dir_ / "sub");
   key("Backspace");
   EXPECT_EQ(gDir.path, dir_.path()) << "idle again, it goes up";
   gConfig->type_ahead_ms = 1;  // a pause forgets what was typed
   key("R");
-  EXPECT_TRUE(wait_for([] { return status(1) != "/r"; }));
+  EXPECT_TRUE(wait_for([] { return status() != "/r"; }));
   gConfig->type_ahead_ms = 60000;
   key("B");
   EXPECT_EQ(current_name(), "beta");

@@ -11,8 +11,7 @@ TEST(LongFilename, TheLimitCountsBytesAtWholeCharacters) {
   const std::pair<QString, QString> rows[] = {
       {a.repeated(60), a.repeated(47)},
       {umlaut.repeated(40), umlaut.repeated(23)},  // 46 bytes: half a character is none
-      {a.repeated(45) + smile, a.repeated(45)},
-  };
+      {a.repeated(45) + smile, a.repeated(45)}};
   for (const auto& [typed, kept] : rows) {
     LongFilenameDialog dialog(QStringLiteral("old"), typed, [](const QString*) {});
     auto* field = WindowTest::line(&dialog, "long_filename_newname");
@@ -37,8 +36,7 @@ TEST(LongFilename, AWorkerWaitsForEachWayOut) {
       {"short", field, "Esc", ""},         {"short", field, "", ""},
       {"short", field, "Alt+S", ""},       {"short", field, "Alt+R", "short"},
       {"short", skip, "R", "short"},       {"short", rename, "S", ""},
-      {"short", skip, "Space", ""},
-  };
+      {"short", skip, "Space", ""}};
   for (const auto& [typed, focus, keys, answer] : rows) {
     std::string name = "proposal";
     std::atomic<int> renamed{-1};

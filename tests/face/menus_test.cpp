@@ -33,25 +33,18 @@ TEST_F(Menus, ItemsFollowTheSelectionAndTheClipboard) {
   const std::string rest = "em_delete em_rename em_unselect em_unselect_all em_unselect_pattern ";
   const std::string no_file = "fm_view fm_edit fm_open_with fm_print fm_print_directory ";
   const std::string only_dirs = "fm_open_another fm_view fm_edit fm_print_directory ";
+  const std::string none = "fm_open fm_open_another " + no_file + "fm_inspect ", no_paste = "em_paste ";
   const std::string end = "Inspect, Copy To, Move To, ", one = "Delete, Rename, Symlink, " + end;
+  const std::string with = "Open With, Print, Cut, Copy, ", in_window = "Open, Open In Window, Cut, Copy, ";
   // What is selected, whether files are on the clipboard, what is disabled in two menus, the context menu.
   const std::tuple<Texts, bool, std::string, std::string, std::string> rows[] = {
-      {{},
-       false,
-       "fm_open fm_open_another " + no_file + "fm_inspect ",
-       "em_cut em_copy em_paste " + rest,
-       ""},
-      {{}, true, "fm_open fm_open_another " + no_file + "fm_inspect ", "em_cut em_copy " + rest, "Paste, "},
-      {{"d"}, false, no_file, "em_paste ", "Open, Open In Window, Cut, Copy, " + one},
-      {{"a.txt", "d"}, true, no_file, "", "Open, Open In Window, Cut, Copy, Paste, Delete, " + end},
-      {{"c.unknown"}, false, "fm_open " + only_dirs, "em_paste ", "Open With, Print, Cut, Copy, " + one},
-      {{"b.txt"}, true, only_dirs, "", "Open, Open With, Print, Cut, Copy, Paste, " + one},
-      {{"a.txt", "c.unknown"},
-       false,
-       "fm_open " + only_dirs,
-       "em_paste ",
-       "Open With, Print, Cut, Copy, Delete, " + end},
-  };
+      {{}, false, none, "em_cut em_copy em_paste " + rest, ""},
+      {{}, true, none, "em_cut em_copy " + rest, "Paste, "},
+      {{"d"}, false, no_file, no_paste, in_window + one},
+      {{"a.txt", "d"}, true, no_file, "", in_window + "Paste, Delete, " + end},
+      {{"c.unknown"}, false, "fm_open " + only_dirs, no_paste, with + one},
+      {{"b.txt"}, true, only_dirs, "", "Open, " + with + "Paste, " + one},
+      {{"a.txt", "c.unknown"}, false, "fm_open " + only_dirs, no_paste, with + "Delete, " + end}};
   for (const auto& [selection, clipboard, file, edit, context] : rows) {
     QApplication::clipboard()->setMimeData(new QMimeData);
     if (clipboard) clipboard_put({"/d", {"x"}, false}, false);
@@ -115,10 +108,8 @@ TEST_F(Menus, NoMnemonicInTheWindowTakesTheKeyOfAnItemOrOfAnother) {
   open();
   std::map<QString, QString> owner;  // of a key, which no two may share
   const auto claim = [&owner](const QKeySequence& keys, const QString& who) {
-    if (keys.isEmpty()) return;
-    EXPECT_TRUE(owner.emplace(keys.toString(), who).second)
-        << keys.toString().toStdString() << ": " << who.toStdString() << " and "
-        << owner[keys.toString()].toStdString();
+    EXPECT_TRUE(keys.isEmpty() || owner.emplace(keys.toString(), who).second)
+        << who.toStdString() << " and " << owner[keys.toString()].toStdString();
   };
   for (const MenuTitle& title : kMenuBar)
     claim(QKeySequence::mnemonic(menu(title.id)->title()), menu(title.id)->title());
@@ -141,12 +132,7 @@ TEST_F(Menus, KeysWithoutModifiersBelongToTheList) {
   fl_goto_index(index_of("d"));  // current, but not selected: the menu's Open is disabled
   fl_unselect_all();
   fl_view()->setFocus();
-  const std::pair<const char*, std::string> rows[] = {
-      {"Return", dir_ / "d"},
-      {"Backspace", dir_.path()},
-      {"Alt+Left", dir_ / "d"},
-  };
-  for (const auto& [keys, path] : rows) {
+  for (const auto& [keys, path] : steps_here("Return = $/d; Backspace = $; Alt+Left = $/d")) {
     key(keys);
     EXPECT_EQ(gDir.path, path);
   }

@@ -7,11 +7,9 @@
 
 namespace {
 
-class NewDlg : public WindowTest {};
-class PatternDlg : public WindowTest {};
-class SymlinkDlg : public WindowTest {};
+class NameDlgs : public WindowTest {};
 
-TEST_F(NewDlg, StaysForAnotherTryAfterAMessageUntilItHasCreatedWhatWasAsked) {
+TEST_F(NameDlgs, ANewOneStaysForAnotherTryAfterAMessageUntilItHasCreatedWhatWasAsked) {
   show({"taken"});
   new_dlg_open(1);
   EXPECT_TRUE(stays("new_dlg", "Return")) << "nothing typed: nothing happens";
@@ -32,7 +30,7 @@ TEST_F(NewDlg, StaysForAnotherTryAfterAMessageUntilItHasCreatedWhatWasAsked) {
   EXPECT_EQ(held(), "appeared:appeared folder/ made: other/ taken:taken ");
 }
 
-TEST_F(PatternDlg, SelectsAndUnselectsByWhatWasTyped) {
+TEST_F(NameDlgs, APatternSelectsAndUnselectsByWhatWasTyped) {
   const std::tuple<int, const char*, bool, const char*> rows[] = {
       {0, "*.cpp", false, "a.cpp"},
       {1, "*", true, ""},
@@ -40,8 +38,7 @@ TEST_F(PatternDlg, SelectsAndUnselectsByWhatWasTyped) {
       {1, "a*", false, "b.c"},
       {0, "^*.C", true, "B.C a.c b.c d.c"},
       {1, "d.c|b.c", false, "B.C a.c d.c"},
-      {1, "[", true, "B.C a.c d.c"},
-  };
+      {1, "[", true, "B.C a.c d.c"}};
   show({"a.c", "a.cpp", "b.c", "B.C", "d.c/"});
   std::string last;
   for (const auto& [op, pattern, folders, expected] : rows) {
@@ -63,34 +60,27 @@ TEST_F(PatternDlg, SelectsAndUnselectsByWhatWasTyped) {
   EXPECT_EQ(read_file(config_ / "pattern.001"), "[\nd.c|b.c\n^*.C\na*\n*.c\n*\n*.cpp\n");
 }
 
-TEST_F(SymlinkDlg, LinksToTheFirstSelectedEntry) {
-  const std::string odd = "n\xff 'x' &y";
+TEST_F(NameDlgs, ALinksNoticesAndQuestionKeepItOpenUntilItLinksToTheFirstSelectedEntry) {
+  const std::string odd = "n\xff 'x' &y",
+                    overwrite = "The destination symlink exists.\nDo you want to overwrite it ?";
+  dir_.shell("ln -s old link");
   show({odd, "z"});
   symlink_dlg_open();
   EXPECT_FALSE(dialog("symlink_dlg")) << "nothing is selected";
   select({odd, "z"});
   symlink_dlg_open();
   EXPECT_EQ(find<QLabel>(dialog("symlink_dlg"), "symlink_src_lbl")->text(), QStringLiteral("?n? 'x' &y"));
-  EXPECT_FALSE(stays("symlink_dlg", "'link' Return"));
-  EXPECT_EQ(link_target(dir_ / "link"), dir_ / odd);
-}
-
-TEST_F(SymlinkDlg, NoticesAndTheQuestionKeepItOpen) {
-  dir_.shell("ln -s old link");
-  show({"file"}, {"file"});
-  symlink_dlg_open();
-  const std::string overwrite = "The destination symlink exists.\nDo you want to overwrite it ?";
-  const std::pair<const char*, std::string> rows[] = {{"", "Symlink destination name must be entered!"},
-                                                      {"file", "'file' exists and is not a symlink.\n"},
-                                                      {"link", overwrite}};
-  for (const auto& [name, message] : rows) {
+  const std::pair<const char*, std::string> rows[] = {{"Return", "Symlink destination name must be entered!"},
+                                                      {"'z' Return", "'z' exists and is not a symlink.\n"},
+                                                      {"Ctrl+A 'link' Return", overwrite}};
+  for (const auto& [words, message] : rows) {
     expect_message(message, "Esc");
-    EXPECT_TRUE(stays("symlink_dlg", "Ctrl+A Del '" + std::string(name) + "' Return"));
-    EXPECT_EQ(held(), "file:file link@old ");
+    EXPECT_TRUE(stays("symlink_dlg", words));
+    EXPECT_EQ(read_file(dir_ / "z") + link_target(dir_ / "link"), "zold");
   }
   expect_message(overwrite);
   EXPECT_FALSE(stays("symlink_dlg", "Return"));
-  EXPECT_EQ(link_target(dir_ / "link"), dir_ / "file");
+  EXPECT_EQ(link_target(dir_ / "link"), dir_ / odd);
 }
 
 }  // namespace

@@ -92,8 +92,7 @@ TEST_F(PropertyDlg, BadTextsAreToldAndChangeNothing) {
       {"pr_name", "taken", "File name 'taken' already exists"},
       {"pr_name", "a/b/c", "Unable to rename 'a/b/c'."},
       {"pr_owner", "12ab", "Invalid owner_id '12ab'"},
-      {"pr_group", "$(id)", "Invalid group '$(id)'"},
-  };
+      {"pr_group", "$(id)", "Invalid group '$(id)'"}};
   make({"taken"});
   for (const auto& [field, text, message] : rows) {
     line(open_on_new({"mine"}), field)->setText(QString::fromUtf8(text));

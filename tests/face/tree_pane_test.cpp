@@ -22,11 +22,15 @@ class TreePane : public WindowTest {
   }
   static QTreeWidget* tree() { return base_find<QTreeWidget>("tree"); }
   static QTreeWidgetItem* top(int i) { return tree()->topLevelItem(i); }
-  static Texts texts(QTreeWidgetItem* under = nullptr) {
-    if (!under) under = tree()->invisibleRootItem();
+  static Texts texts(QTreeWidgetItem* under = tree()->invisibleRootItem()) {
     Texts all;
     for (int i = 0; i < under->childCount(); ++i) all.push_back(tree_item_text(under->child(i)));
     return all;
+  }
+  // Of the pane and of the hotlist, which are the same.
+  static Texts order() {
+    EXPECT_EQ(texts(), gTree.paths);
+    return texts();
   }
   static bool has_image(QTreeWidgetItem* item, const char* name) {
     return item->icon(0).pixmap(16).toImage() == icon_get(name).pixmap(16).toImage();
@@ -47,14 +51,11 @@ class TreePane : public WindowTest {
     QTest::mousePress(tree()->viewport(), Qt::LeftButton, {}, place(item));
     QMimeData data;
     data.setData(QString::fromLatin1(type), "This is zan hotlist entry");
-    QDragEnterEvent enter(at, Qt::MoveAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(tree()->viewport(), &enter);
-    EXPECT_EQ(enter.isAccepted(), std::string(type) == "zan-hotlist");
-    QDragMoveEvent move(at, Qt::MoveAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(tree()->viewport(), &move);
-    QDropEvent event(at, Qt::MoveAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(tree()->viewport(), &event);
-    return move.isAccepted();
+    const auto entered = ::drag<QDragEnterEvent>(tree()->viewport(), at, data, {}, Qt::MoveAction);
+    EXPECT_EQ(entered == Qt::MoveAction, std::string(type) == "zan-hotlist");
+    const auto welcome = ::drag<QDragMoveEvent>(tree()->viewport(), at, data, {}, Qt::MoveAction);
+    ::drag<QDropEvent>(tree()->viewport(), at, data, {}, Qt::MoveAction);
+    return welcome == Qt::MoveAction;
   }
 };
 
@@ -140,13 +141,12 @@ TEST_F(TreePane, DraggingReordersTopLevelItems) {
   top(0)->setExpanded(true);
   top(0)->child(0)->setExpanded(true);
   EXPECT_TRUE(drag(top(0), place(top(2), true)));  // the lower half: behind it
-  EXPECT_EQ(gTree.paths, (Texts{"/b", raw, a}));
-  EXPECT_EQ(texts(), gTree.paths);
+  EXPECT_EQ(order(), (Texts{"/b", raw, a}));
   // What was open stays open.
   EXPECT_TRUE(top(2)->isExpanded() && top(2)->childCount() == 1 && top(2)->child(0)->isExpanded());
   EXPECT_TRUE(drag(top(2), place(top(0))));
   const Texts before{a, "/b", raw};
-  EXPECT_EQ(gTree.paths, before);
+  EXPECT_EQ(order(), before);
   EXPECT_TRUE(drag(top(1), place(top(1))));  // onto itself
   EXPECT_FALSE(drag(top(1), place(top(0)), "text/plain"));
   EXPECT_FALSE(drag(top(1), nowhere()));
@@ -154,8 +154,7 @@ TEST_F(TreePane, DraggingReordersTopLevelItems) {
   EXPECT_FALSE(drag(top(1), place(top(0)->child(0))));
   drag(top(0)->child(0), place(top(1)));  // no drag begins on a subdirectory
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "\a");
-  EXPECT_EQ(gTree.paths, before);
-  EXPECT_EQ(texts(), before);
+  EXPECT_EQ(order(), before);
 }
 
 TEST_F(TreePane, KeysReorderTopLevelItemsAndMoveTheDivider) {
@@ -163,10 +162,9 @@ TEST_F(TreePane, KeysReorderTopLevelItemsAndMoveTheDivider) {
   tree()->setFocus();
   tree()->setCurrentItem(top(0));
   press("Alt+Shift+Up", tree());
-  EXPECT_EQ(gTree.paths, (Texts{"/a", "/b", "/c"}));
+  EXPECT_EQ(order(), (Texts{"/a", "/b", "/c"}));
   press("Alt+Shift+Down Alt+Shift+Down Alt+Shift+Down", tree());
-  EXPECT_EQ(gTree.paths, (Texts{"/b", "/c", "/a"}));
-  EXPECT_EQ(texts(), gTree.paths);
+  EXPECT_EQ(order(), (Texts{"/b", "/c", "/a"}));
   const int width = tree()->width();
   press("Alt+Shift+Right", tree());
   EXPECT_GT(tree()->width(), width);

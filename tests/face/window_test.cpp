@@ -9,25 +9,23 @@
 #include "core/interp.h"
 #include "core/toolkit/alert.h"
 #include "dirmodel/dir_sort.h"
-#include "fileops/ui/slots.h"
+#include "platform/qt/desktop_qt.h"
 #include "views/path_history.h"
 
 bool wait_for(const std::function<bool()>& done) {
   return QTest::qWaitFor(done, 240000);
 }
 
-namespace {
 // A toggle of an exclusive group is reached with the arrow keys from the one that is on.
-void tab_to(const QString& name) {
+static void tab_to(const QString& name) {
   auto* wanted = WindowTest::find<QWidget>(QApplication::activeWindow(), name.toLatin1());
+  const auto* there = qobject_cast<QRadioButton*>(wanted);
   for (int i = 0; i < 120 && wanted && QApplication::focusWidget() != wanted; i++) {
     const auto* here = qobject_cast<QRadioButton*>(QApplication::focusWidget());
-    const auto* there = qobject_cast<QRadioButton*>(wanted);
     press(here && there && here->group() && here->group() == there->group() ? "Down" : "Tab");
   }
   ASSERT_TRUE(wanted && QApplication::focusWidget() == wanted) << name.toStdString();
 }
-}  // namespace
 
 void press(const std::string& words, QWidget* target) {
   const QRegularExpression word(QStringLiteral("@(\\w+)|'([^']*)'|(\\S+)"));
@@ -38,12 +36,22 @@ void press(const std::string& words, QWidget* target) {
     if (match.hasCaptured(2)) QTest::keyClicks(target ? target : focus, match.captured(2));
     if (!match.hasCaptured(3)) continue;
     const QKeyCombination key = QKeySequence(match.captured(3))[0];
+    const QPointer<QWidget> window = QApplication::activeWindow();
     QTest::keyClick(target ? target : focus, key.key(), key.keyboardModifiers());
+    // A button whose letter is pressed clicks a moment later.
+    EXPECT_TRUE(wait_for([&] {
+      const auto buttons = window ? window->findChildren<QPushButton*>() : QList<QPushButton*>();
+      return std::none_of(buttons.begin(), buttons.end(), std::mem_fn(&QPushButton::isDown));
+    }));
   }
 }
 
-std::vector<std::pair<std::string, std::string>> steps(const std::string& script) {
-  std::vector<std::pair<std::string, std::string>> pairs;
+void answer(QPointer<QWidget> alert, const std::string& key) {
+  for (int i = 0; alert && alert->isVisible() && i < 1000; i++, QTest::qWait(10)) press(key, alert);
+}
+
+Steps steps(const std::string& script) {
+  Steps pairs;
   for (const QString& step : QString::fromStdString(script).split(QStringLiteral("; "))) {
     const QStringList parts = step.split(QStringLiteral(" = "));
     pairs.emplace_back(parts[0].toStdString(), parts.value(1).toStdString());
@@ -138,32 +146,21 @@ int WindowTest::index_of(const std::string& name) {
   return -2;
 }
 
-std::string WindowTest::current_name() {
-  return gDir.current >= 0 && gDir.current < gDir.count ? gDir.entries[gDir.current]->name : "";
-}
-
-std::string WindowTest::status(int pane) {
-  return base_find<QLabel>(pane == 1 ? "status1" : "status2")->text().toStdString();
-}
-
-bool WindowTest::settled() {
-  return wait_for([] { return slot_running() == 0; });
-}
-
 std::string WindowTest::held() const {
-  EXPECT_TRUE(settled());
+  EXPECT_TRUE(wait_for([this] { return expected_.empty(); }) && settled());
   return dir_.shell(
       "find . -mindepth 1 -type d -printf '%P/\\n' -o -type l -printf '%P@%l\\n' -o -printf '%P:' "
       "-exec cat {} \\; -printf '\\n' | LC_ALL=C sort | tr '\\n' ' '");
 }
 
+Steps WindowTest::steps_here(std::string script) const {
+  for (size_t at; (at = script.find('$')) != std::string::npos;) script.replace(at, 1, dir_.path());
+  return steps(script);
+}
+
 QLineEdit* WindowTest::line(QWidget* in, const char* name) {
   auto* box = qobject_cast<QComboBox*>(find<QWidget>(in, name));
   return box ? box->lineEdit() : find<QLineEdit>(in, name);
-}
-
-QPoint WindowTest::place_of(int i) {
-  return fl_view()->visualRect(fl_model()->index(fl_model()->row_of(i), 0)).center();
 }
 
 void WindowTest::act(const std::string& step) {
@@ -180,14 +177,6 @@ void WindowTest::act(const std::string& step) {
                     name == "-" ? QPoint(20, ground()->height() - 5) : place_of(index_of(name)));
 }
 
-void WindowTest::expect_message(const std::string& text, const char* key) {
-  expected_.push_back({text, key});
-}
-
-bool WindowTest::answered() const {
-  return wait_for([this] { return expected_.empty(); });
-}
-
 void WindowTest::answer_message() {
   for (QWidget* window : QApplication::topLevelWidgets()) {
     auto* alert = dynamic_cast<AlertWindow*>(window);
@@ -200,13 +189,8 @@ void WindowTest::answer_message() {
     } else {
       unexpected_.push_back(text);
     }
-    // An alert that has just opened under typing hands takes no key: press until it is gone.
-    const QPointer<AlertWindow> open(alert);
     watch_->stop();
-    for (int i = 0; open && open->isVisible() && i < 1000; i++) {
-      press(key, open);
-      QTest::qWait(10);
-    }
+    answer(alert, key);
     watch_->start(1);
     return;
   }
@@ -237,8 +221,10 @@ bool WindowTest::stays(const char* name, const std::string& words) {
   return dialog(name) != nullptr;
 }
 
-Texts WindowTest::labels(const QMenu* menu) {
-  Texts all;
-  for (const QAction* action : menu->actions()) all.push_back(action->text().toStdString());
-  return all;
+int main(int argc, char** argv) {
+  setenv("QT_QPA_PLATFORM", "offscreen", 1);  // listing the tests must not need a display either
+  testing::InitGoogleTest(&argc, argv);
+  QApplication application(argc, argv);
+  desktop_qt_setup();
+  return RUN_ALL_TESTS();
 }

@@ -24,6 +24,7 @@
 #include "core/settings.h"
 #include "core/state.h"
 #include "dirmodel/dir_record.h"
+#include "fileops/ui/slots.h"
 #include "tests/support/temp_dir.h"
 #include "views/ui/base.h"
 #include "views/ui/file_list.h"
@@ -38,9 +39,21 @@ bool wait_for(const std::function<bool()>& done);
 // as in menus, a 'text' that is typed, "@name" to tab to the widget of that name in the active window.
 void press(const std::string& words, QWidget* target = nullptr);
 // "what is done = what is so then; ..." as pairs.
-std::vector<std::pair<std::string, std::string>> steps(const std::string& script);
+using Steps = std::vector<std::pair<std::string, std::string>>;
+Steps steps(const std::string& script);
+// An alert that has just opened under typing hands takes no key: presses until it is gone.
+void answer(QPointer<QWidget> alert, const std::string& key);
 // The visible windows of that title whose descriptions hold the text.
 QWidgetList windows(const char* title, const QString& about = {});
+
+// What target answers at a place to this event of a drag. IgnoreAction: it refuses.
+template <class Event>
+Qt::DropAction drag(QWidget* target, const QPoint& at, const QMimeData& mime, Qt::KeyboardModifiers modifiers,
+                    Qt::DropActions possible) {
+  Event event(at, possible, &mime, Qt::LeftButton, modifiers);
+  QApplication::sendEvent(target, &event);
+  return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
+}
 
 class WindowTest : public testing::Test {
  public:
@@ -68,27 +81,47 @@ class WindowTest : public testing::Test {
   static void select(const Texts& names);  // exactly these
   static std::string selected();           // their names, a blank between them
   static int index_of(const std::string& name);
-  static std::string current_name();  // the entry that the list's cursor is on
-  static std::string status(int pane);
-  static bool settled();  // waits until no operation runs
-  // All in dir_ once no operation runs, sorted, a blank behind each: "d/ d/file:what-it-holds link@target ".
+  // The entry that the list's cursor is on.
+  static std::string current_name() {
+    return gDir.current >= 0 && gDir.current < gDir.count ? gDir.entries[gDir.current]->name : "";
+  }
+  static std::string status() { return base_find<QLabel>("status1")->text().toStdString(); }
+  static bool settled() {  // waits until no operation runs
+    return wait_for([] { return slot_running() == 0; });
+  }
+  // All in dir_ once the expected messages came and no operation runs, sorted, a blank behind each: "d/
+  // d/file:what-it-holds link@target ".
   std::string held() const;
 
   static QWidget* ground() { return fl_view()->viewport(); }
-  static QPoint place_of(int i);
+  static QPoint place_of(int i) {
+    return fl_view()->visualRect(fl_model()->index(fl_model()->row_of(i), 0)).center();
+  }
   // Presses a key in the list, or has the mouse act on a row ("-": below the rows) as in "click name",
   // "Shift+click name", "menu name" for its right button, "press name" or "release name".
   static void act(const std::string& step);
   static void key(const std::string& words) { press(words, fl_view()); }
 
+  // Steps with the path of dir_ for each '$'.
+  Steps steps_here(std::string script) const;
+
   // The next message must have this text, and gets key.
-  void expect_message(const std::string& text, const char* key = "Return");
-  bool answered() const;  // waits until every expected message came and went
+  void expect_message(const std::string& text, const char* key = "Return") {
+    expected_.push_back({text, key});
+  }
+  // Waits until every expected message came and went.
+  bool answered() const {
+    return wait_for([this] { return expected_.empty(); });
+  }
   // The open dialog of that name, ready for keys; null when there is none.
   static QDialog* dialog(const char* name);
   // Works in the open dialog of that name. Whether it is open then.
   static bool stays(const char* name, const std::string& words);
-  static Texts labels(const QMenu* menu);
+  static Texts labels(const QMenu* menu) {
+    Texts all;
+    for (const QAction* action : menu->actions()) all.push_back(action->text().toStdString());
+    return all;
+  }
 
   TempDir dir_, config_, home_;
   QTimer* watch_ = nullptr;  // for messages
