@@ -131,4 +131,5 @@ TEST(Fonts, ANameIsReadBackWholeAndAnOldOneByItsEnd) {
   const std::pair<const char*, int> rows[] = {{"helv12", 12}, {"TextFont09i", 9}, {"TextFont00", own},
                                               {"bi", own},    {"99999", 999},     {",,,", own}};
   for (const auto& [name, size] : rows) EXPECT_EQ(font_from_name(QLatin1String(name)).pointSize(), size);
+  EXPECT_TRUE(font_from_name(QStringLiteral("TextFont09i")).italic());
 }
