@@ -107,8 +107,9 @@ def other_file_managers(desk):
     for program in filter(shutil.which, ("pcmanfm-qt", "thunar", "dolphin")):
         theirs, mine = two_directories(desk)
         peer, app = desk.start(theirs, program=program), desk.start(mine)
-        for key, own in (("ctrl+c", OWN_FILES), ("ctrl+x", OWN_CUT)):
+        for key in ("ctrl+c", "ctrl+x"):  # all theirs first: the forms they offer we offer, too
             all_goes(desk, peer, theirs, app, mine, key, URIS, GNOME)
+        for key, own in (("ctrl+c", OWN_FILES), ("ctrl+x", OWN_CUT)):
             all_goes(desk, app, mine, peer, theirs, key, own)
         print(f"     exchanged with {program}")
         peer.close()
