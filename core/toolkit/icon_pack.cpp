@@ -2,11 +2,9 @@
 // Usage: icon_pack OUTPUT SVG...
 #include "core/toolkit/icon_pack.h"
 
-#include <QBuffer>
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QImageReader>
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -16,18 +14,11 @@ namespace {
 // The rows of lists and the toolbars; a window's own image is shown larger, too.
 const int kSides[] = {16, 18, 20}, kWindowSides[] = {16, 32, 48};
 
-QImage drawn(QByteArray source, int side, const char* ink) {
-  QBuffer buffer;
-  buffer.setData(source.replace(kDrawnInk, ink));
-  QImageReader reader(&buffer, "svg");
-  reader.setScaledSize(QSize(side, side));
-  return reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
-}
-
 // The pixels with black ink, and what white ink adds to them: all between is a sum of the two.
 bool append_pixels(const QByteArray& source, int side, QByteArray* pixels) {
-  const QImage black = drawn(source, side, "#000000"), white = drawn(source, side, "#ffffff");
-  if (black.size() != QSize(side, side) || white.size() != black.size()) return false;
+  const QSize size(side, side);
+  const QImage black = icon_draw(source, size, "#000000"), white = icon_draw(source, size, "#ffffff");
+  if (black.size() != size || white.size() != size) return false;
   QByteArray ink;
   for (int y = 0; y < side; ++y) {
     const QRgb* dark = reinterpret_cast<const QRgb*>(black.constScanLine(y));

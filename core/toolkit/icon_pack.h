@@ -3,6 +3,8 @@
 // pixels.
 #pragma once
 
+#include <QBuffer>
+#include <QImageReader>
 #include <cstdint>
 
 // One image. From offset on stand side * side pixels (32-bit ARGB, premultiplied) drawn with black ink, and
@@ -14,3 +16,13 @@ struct PackedIcon {
 
 // What the drawings use where the text colour belongs.
 inline constexpr char kDrawnInk[] = "#1a1a1a";
+
+// Draws an image's SVG source in that size, with that colour ("#rrggbb") for its ink. Null when it cannot be
+// drawn, as without the toolkit's SVG reader.
+inline QImage icon_draw(QByteArray source, const QSize& size, const QByteArray& ink) {
+  QBuffer buffer;
+  buffer.setData(source.replace(kDrawnInk, ink));
+  QImageReader reader(&buffer, "svg");
+  reader.setScaledSize(size);
+  return reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}

@@ -1,11 +1,9 @@
 #include "core/toolkit/icons.h"
 
 #include <QApplication>
-#include <QBuffer>
 #include <QFile>
 #include <QHash>
 #include <QIconEngine>
-#include <QImageReader>
 #include <QPainter>
 #include <QPalette>
 #include <QPixmapCache>
@@ -49,11 +47,7 @@ QColor ink_color(QIcon::Mode mode) {
 QImage drawn_icon(const QString& name, const QSize& size, const QColor& ink) {
   QFile file(QStringLiteral(":/icons/%1.svg").arg(name));
   if (!file.open(QIODevice::ReadOnly)) return {};
-  QBuffer buffer;
-  buffer.setData(file.readAll().replace(kDrawnInk, ink.name().toLatin1()));
-  QImageReader reader(&buffer, "svg");
-  reader.setScaledSize(size);
-  return reader.read();
+  return icon_draw(file.readAll(), size, ink.name().toLatin1());
 }
 
 QImage unpacked(const uchar* data, int side, const QColor& colour) {

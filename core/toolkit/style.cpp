@@ -12,7 +12,7 @@ namespace {
 constexpr int kSlice = 8;
 
 // What the slice of a control that looks the same from left to right depends on; empty for all others.
-QString look(QStyle::ControlElement element, const QStyleOption& option) {
+QString look(QStyle::ControlElement element, const QStyleOption& option, qreal ratio) {
   if (!(option.state & QStyle::State_Horizontal) || option.rect.width() <= kSlice) return {};
   int kind = 0;
   if (const auto* header = qstyleoption_cast<const QStyleOptionHeader*>(&option);
@@ -22,11 +22,12 @@ QString look(QStyle::ControlElement element, const QStyleOption& option) {
       bar && element == QStyle::CE_ToolBar)
     kind = 100 + bar->positionOfLine + 10 * bar->positionWithinLine + 100 * bar->toolBarArea;
   if (kind == 0) return {};
-  return QStringLiteral("zan-slice:%1:%2:%3:%4")
+  return QStringLiteral("zan-slice:%1:%2:%3:%4:%5")
       .arg(kind)
       .arg(int(option.state))
       .arg(option.rect.height())
-      .arg(option.palette.cacheKey());
+      .arg(option.palette.cacheKey())
+      .arg(ratio);
 }
 
 void draw_out(const QPixmap& slice, const QRect& all, QPainter* painter) {
@@ -46,12 +47,14 @@ QIcon ZanStyle::standardIcon(StandardPixmap which, const QStyleOption* option, c
 
 void ZanStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                            const QWidget* widget) const {
-  const QString key = baseStyle()->name() == QLatin1String("fusion") ? look(element, *option) : QString();
+  const bool uniform = element == CE_HeaderSection || element == CE_ToolBar;
+  const qreal ratio = painter->device()->devicePixelRatio();
+  const QString key =
+      uniform && baseStyle()->name() == QLatin1String("fusion") ? look(element, *option, ratio) : QString();
   if (key.isEmpty()) return QProxyStyle::drawControl(element, option, painter, widget);
   const QSize size(kSlice, option->rect.height());
-  const qreal ratio = painter->device()->devicePixelRatio();
   QPixmap slice;
-  if (!QPixmapCache::find(key + QString::number(ratio), &slice)) {
+  if (!QPixmapCache::find(key, &slice)) {
     slice = QPixmap(size * ratio);
     slice.setDevicePixelRatio(ratio);
     slice.fill(Qt::transparent);
@@ -65,7 +68,7 @@ void ZanStyle::drawControl(ControlElement element, const QStyleOption* option, Q
     else
       draw(*qstyleoption_cast<const QStyleOptionHeader*>(option));
     own.end();
-    QPixmapCache::insert(key + QString::number(ratio), slice);
+    QPixmapCache::insert(key, slice);
   }
   draw_out(slice, option->rect, painter);
 }
