@@ -32,6 +32,11 @@ static void store_text(char (&field)[N], const char* text) {
   field[length] = '\0';
 }
 
+// The slot is not told more often than this.
+static bool refresh_due(const fop_request& request, const timespec& now) {
+  return seconds_since(request.last_update, now) >= 0.1;
+}
+
 int fop_update_info(fop_request* request, const char* header, const char* from_label, const char* from_name,
                     const char* to_label, const char* to_name, int percent, int time_left) {
   const int error = errno;
@@ -45,7 +50,7 @@ int fop_update_info(fop_request* request, const char* header, const char* from_l
   if (time_left != FOP_TIME_KEEP) info.time_left = time_left;
   if (percent >= 0 && request->control->watch) request->control->watch(percent);
   const timespec now = clock_now();
-  if (percent == FOP_PERCENT_KEEP || time_left == 0 || seconds_since(request->last_update, now) >= 0.1) {
+  if (percent == FOP_PERCENT_KEEP || time_left == 0 || refresh_due(*request, now)) {
     info.item = std::min(request->done_items + 1, request->total_items);
     info.total_items = request->total_items;
     desk_slot_refresh(info);
@@ -65,8 +70,7 @@ void fop_show_progress(fop_request* request, int64_t done, int64_t total, const 
 }
 
 bool fop_progress_due(const fop_request& request) {
-  return request.control->watch || request.start_time.tv_sec == 0 ||
-         seconds_since(request.last_update, clock_now()) >= 0.1;
+  return request.control->watch || request.start_time.tv_sec == 0 || refresh_due(request, clock_now());
 }
 
 int fop_calc_time_left(fop_request* request, int64_t done, int64_t total) {
